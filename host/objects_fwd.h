@@ -1,0 +1,9 @@
+#pragma once
+
+namespace standin
+{
+
+class Core;
+struct Object;
+
+} // namespace standin
