@@ -1,0 +1,19 @@
+# Cross-builds the Mac OS X bundle on Linux, without Mac headers, libraries or Apple's tools. On a Mac none of this is
+# needed: configure with CMAKE_OSX_ARCHITECTURES=i386 and no toolchain file.
+
+set(CMAKE_SYSTEM_NAME Generic)
+set(CMAKE_SYSTEM_PROCESSOR i386)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+set(CMAKE_CXX_COMPILER clang++-14)
+set(CMAKE_CXX_COMPILER_TARGET i386-apple-macosx10.6)
+
+# The last lld that links i386 for the Mac. It cannot relocate symbol stubs or pointers between object files:
+# ARCHITECTURE.md says what follows from that.
+find_program(PICTUREQVR_MACOS_LINKER ld64.lld.darwinold HINTS /usr/lib/llvm-13/bin REQUIRED)
+file(GLOB PICTUREQVR_MACOS_STUBS ${CMAKE_CURRENT_LIST_DIR}/macos/*.yaml)
+list(JOIN PICTUREQVR_MACOS_STUBS " " PICTUREQVR_MACOS_STUBS)
+set(CMAKE_CXX_CREATE_SHARED_MODULE
+    "${PICTUREQVR_MACOS_LINKER} -arch i386 -macosx_version_min 10.6 -sdk_version 10.6 -bundle \
+-exported_symbols_list ${CMAKE_CURRENT_LIST_DIR}/macos/exports.txt \
+<OBJECTS> ${PICTUREQVR_MACOS_STUBS} -o <TARGET>")
