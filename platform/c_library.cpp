@@ -1,4 +1,4 @@
-#include "c_library.h"
+#include "platform/c_library.h"
 
 #include <emmintrin.h>
 #include <stdint.h>
@@ -17,7 +17,8 @@ size_t strlen(const char* text);
 namespace qvr::libc
 {
 
-// Neither static nor const: the optimiser would fold such a pointer back into the direct call it is there to avoid.
+// Neither static nor const: the optimiser would fold such a pointer back into the direct call it is there to
+// avoid.
 void* (*malloc)(size_t) = ::malloc;
 void* (*calloc)(size_t, size_t) = ::calloc;
 void (*free)(void*) = ::free;
@@ -27,8 +28,8 @@ size_t (*strlen)(const char*) = ::strlen;
 
 } // namespace qvr::libc
 
-// The compiler calls these of its own accord, and directly. A name can be defined or imported but not both, so in the
-// bundle `libc::memcpy` and `libc::memset` are these too.
+// The compiler calls these of its own accord, and directly. A name can be defined or imported but not both,
+// so in the bundle `libc::memcpy` and `libc::memset` are these too.
 #ifdef __APPLE__
 
 namespace qvr::libc
@@ -59,8 +60,8 @@ size_t distanceToAlignment(const uint8_t* address)
 
 extern "C" {
 
-// One unaligned vector at either end leaves a middle whose destination is aligned, which is where the processor's
-// string instructions run at full speed.
+// One unaligned vector at either end leaves a middle whose destination is aligned, which is where the
+// processor's string instructions run at full speed.
 void* memcpy(void* destination, const void* source, size_t size)
 {
     using namespace qvr::libc;

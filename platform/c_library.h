@@ -1,10 +1,10 @@
 /// \file
-/// The whole of the C library that the plug-in uses. The project declares it itself, because the Mac bundle is
-/// built without the system's headers.
+/// The whole of the C library that the plug-in uses. The project declares it itself, because the Mac bundle
+/// is built without the system's headers.
 ///
-/// Every function is reached through a pointer variable: the Mac bundle's linker has no position-independent symbol
-/// stubs, so an imported function can be named in initialised data, but never called directly. Fixed small copies
-/// are better written with `__builtin_memcpy`, which the compiler expands in place.
+/// Every function is reached through a pointer variable: the Mac bundle's linker has no position-independent
+/// symbol stubs, so an imported function can be named in initialised data, but never called directly. Fixed
+/// small copies are better written with `__builtin_memcpy`, which the compiler expands in place.
 #pragma once
 
 #include <stddef.h>

@@ -1,4 +1,4 @@
-#include "carbon.h"
+#include "platform/carbon.h"
 
 #ifdef __APPLE__
 #define QVR_SYSTEM_IMPORT
@@ -31,8 +31,8 @@ CFBundleRef (*CFBundleCreate)(CFAllocatorRef, CFURLRef) = ::CFBundleCreate;
 Boolean (*CFBundleLoadExecutable)(CFBundleRef) = ::CFBundleLoadExecutable;
 void* (*CFBundleGetFunctionPointerForName)(CFBundleRef, CFStringRef) = ::CFBundleGetFunctionPointerForName;
 CFURLRef (*CFURLCreateFromFSRef)(CFAllocatorRef, const FSRef*) = ::CFURLCreateFromFSRef;
-CFURLRef (*CFURLCreateCopyAppendingPathComponent)(CFAllocatorRef, CFURLRef, CFStringRef, Boolean) =
-    ::CFURLCreateCopyAppendingPathComponent;
+CFURLRef (*CFURLCreateCopyAppendingPathComponent)(CFAllocatorRef, CFURLRef, CFStringRef,
+                                                  Boolean) = ::CFURLCreateCopyAppendingPathComponent;
 void (*CFRelease)(CFTypeRef) = ::CFRelease;
 OSErr (*FSFindFolder)(int16_t, OSType, Boolean, FSRef*) = ::FSFindFolder;
 
@@ -48,7 +48,8 @@ bool available()
 {
     return stringClass != nullptr && CFBundleCreate != nullptr && CFBundleLoadExecutable != nullptr &&
            CFBundleGetFunctionPointerForName != nullptr && CFURLCreateFromFSRef != nullptr &&
-           CFURLCreateCopyAppendingPathComponent != nullptr && CFRelease != nullptr && FSFindFolder != nullptr;
+           CFURLCreateCopyAppendingPathComponent != nullptr && CFRelease != nullptr &&
+           FSFindFolder != nullptr;
 }
 
 } // namespace qvr::carbon

@@ -1,6 +1,6 @@
 /// \file
-/// The CoreFoundation and Carbon functions that the plug-in uses, reached through pointer variables for the reason
-/// that c_library.h gives.
+/// The CoreFoundation and Carbon functions that the plug-in uses, reached through pointer variables for the
+/// reason that c_library.h gives.
 #pragma once
 
 #include "abi/system_abi.h"
@@ -10,8 +10,8 @@
 namespace qvr::carbon
 {
 
-/// True when the process has all of the functions below. Always so on a Mac; elsewhere they are weak symbols that
-/// the loading process may or may not define, and none may be called unless this is true.
+/// True when the process has all of the functions below. Always so on a Mac; elsewhere they are weak symbols
+/// that the loading process may or may not define, and none may be called unless this is true.
 bool available();
 
 extern CFBundleRef (*CFBundleCreate)(CFAllocatorRef allocator, CFURLRef url);

@@ -12,7 +12,7 @@ set_property(GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS TRUE)
 file(GLOB_RECURSE PLUGIN_SOURCES CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/src/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
 add_library(PictureQVR MODULE ${PLUGIN_SOURCES})
-target_include_directories(PictureQVR PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/platform)
+target_include_directories(PictureQVR PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
 target_link_libraries(PictureQVR PRIVATE project_warnings)
 target_compile_options(PictureQVR PRIVATE
     -ffreestanding -nostdinc++ -nostdlibinc
