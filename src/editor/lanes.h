@@ -1,0 +1,42 @@
+/// \file
+/// Vectors of pixels: the same text of a formula serves four pixels at a time (SSE2) or eight (AVX2).
+///
+/// Formulas use the operators of the compiler's vector types only. Integer and IEEE double arithmetic give the same
+/// bits in every lane of every width, so the choice cannot be observed.
+#pragma once
+
+#include <stdint.h>
+
+/// Everything inside a vector loop must be inlined into it, so that it is compiled for the loop's instruction set.
+#define QVR_INLINE __attribute__((always_inline))
+
+namespace qvr
+{
+
+/// `Count` pixels side by side; every member type has `Count` lanes.
+template <int32_t Count>
+struct Lanes
+{
+    static constexpr int32_t count = Count;
+    typedef uint32_t Words __attribute__((vector_size(Count * 4)));
+    /// Comparison results too: -1 where true, 0 where false.
+    typedef int32_t Integers __attribute__((vector_size(Count * 4)));
+    typedef float Floats __attribute__((vector_size(Count * 4)));
+    typedef double Doubles __attribute__((vector_size(Count * 8)));
+};
+
+/// Every Intel Mac and every Linux host has SSE2.
+using NarrowLanes = Lanes<4>;
+/// Used where the processor and the system offer AVX2.
+using WideLanes = Lanes<8>;
+
+/// Function attribute of loops over `WideLanes`.
+#define QVR_WIDE_TARGET __attribute__((target("avx2")))
+
+/// Whether loops over `WideLanes` may run; asks the processor once.
+bool wideLanesAvailable();
+
+} // namespace qvr
+
+/// The most lanes that may be used; tests lower it to 4 to force the narrow loops.
+extern "C" int32_t qvrLaneLimit;

@@ -1,0 +1,342 @@
+#include "editor/picture_editor.h"
+
+#include "frame/system_functions.h"
+#include "platform/c_library.h"
+
+namespace qvr
+{
+
+bool IsDesktop = false;
+bool IsConsole = false;
+
+namespace
+{
+
+/// From this host version on a failed lock of a memory bitmap needs no unlock.
+constexpr double versionWithCleanFailedLocks = 2012.0;
+
+/// Finds out whether the host is a desktop or a console (or web) application; it may be neither.
+void DetectHostKind()
+{
+    if (IsDesktop || IsConsole)
+        return;
+    const bool application = host.pluginObjectType("Application") != nullptr;
+    const bool webApplication = host.pluginObjectType("WebApplication") != nullptr;
+    const bool consoleApplication = host.pluginObjectType("ConsoleApplication") != nullptr;
+    if (application)
+        IsDesktop = true;
+    else if (consoleApplication || webApplication)
+        IsConsole = true;
+}
+
+/// Locks a picture as a bitmap in memory. After a failure nothing is left to unlock.
+bool LockBitmapDescription(REALpictureStruct* picture, REALpictureDescription* description)
+{
+    if (host.REALLockPictureDescription(picture, description, pictureMemoryBitmap))
+        return true;
+    if (hostVersion < versionWithCleanFailedLocks)
+        host.unlockPictureDescription(picture);
+    return false;
+}
+
+/// Word `index` of a host memory bitmap.
+uintptr_t BitmapWord(const REALpictureDescription& description, int32_t index)
+{
+    return static_cast<const uintptr_t*>(description.data)[index];
+}
+
+uint8_t** BitmapRowTable(const REALpictureDescription& description)
+{
+    return reinterpret_cast<uint8_t**>(BitmapWord(description, bitmapRowTableWord));
+}
+
+bool IsUsableBitmap(const REALpictureDescription& description)
+{
+    return description.type == pictureMemoryBitmap && description.data != nullptr &&
+           BitmapWord(description, bitmapKindWord) == 0 && BitmapWord(description, bitmapPresentWord) != 0 &&
+           BitmapRowTable(description) != nullptr;
+}
+
+/// An integer property of a picture; a failed read counts as 0.
+int32_t IntegerProperty(REALpictureStruct* picture, const char* name)
+{
+    int32_t value = 0;
+    return host.REALGetPropValueInt(picture, name, &value) ? value : 0;
+}
+
+bool BitmapsHaveSameSize(const REALpictureDescription& first, const REALpictureDescription& second)
+{
+    return BitmapWord(first, bitmapKindWord) == 0 && BitmapWord(second, bitmapKindWord) == 0 &&
+           BitmapWord(first, bitmapWidthWord) == BitmapWord(second, bitmapWidthWord) &&
+           BitmapWord(first, bitmapHeightWord) == BitmapWord(second, bitmapHeightWord) &&
+           BitmapRowTable(first) != nullptr && BitmapRowTable(second) != nullptr;
+}
+
+/// Copies the rows of one locked bitmap to another; bitmaps of different kinds or sizes are left alone.
+void CopyBitmapRows(const REALpictureDescription& from, const REALpictureDescription& to)
+{
+    if (from.data == nullptr || to.data == nullptr || !BitmapsHaveSameSize(from, to))
+        return;
+    const auto rowLength = BitmapWord(from, bitmapWidthWord) * 4;
+    const auto rows = static_cast<int32_t>(BitmapWord(from, bitmapHeightWord));
+    for (int32_t row = 0; row < rows; ++row)
+        libc::memcpy(BitmapRowTable(to)[row], BitmapRowTable(from)[row], rowLength);
+}
+
+} // namespace
+
+PictureEditor::~PictureEditor()
+{
+    Release();
+}
+
+PictureReader::~PictureReader()
+{
+    clear();
+}
+
+PictureWriter::~PictureWriter()
+{
+    clear();
+}
+
+void PictureEditor::operator delete(void* block)
+{
+    libc::free(block);
+}
+
+void PictureEditor::clear()
+{
+    Release();
+}
+
+void PictureEditor::Release()
+{
+    scratch = 0;
+    if (pixMap != nullptr)
+    {
+        quickDraw.UnlockPixels(pixMap);
+        pixMap = nullptr;
+    }
+    if (descriptionLocked)
+    {
+        if (picture != nullptr)
+            host.unlockPictureDescription(picture);
+        descriptionLocked = false;
+    }
+    if (picture == nullptr)
+        return;
+    if (writeAccess)
+        host.REALPictureClearCache(picture);
+    host.REALUnlockObject(picture);
+    picture = nullptr;
+}
+
+void PictureEditor::Hold(REALpictureStruct* source)
+{
+    REALpictureStruct* const before = picture;
+    picture = Reference<REALpictureStruct>::retain(source);
+    if (before != nullptr)
+        host.REALUnlockObject(before);
+    descriptionLocked = true;
+    x = 0;
+    y = 0;
+}
+
+bool PictureEditor::GetPictureEditor(REALpictureStruct* source, bool read, bool write)
+{
+    return LockPicture(source, read, write, read && !write);
+}
+
+/// `copyAllowed` says whether a picture that cannot be locked may be drawn into a copy. The copy itself is not copied
+/// again: on a host whose new pictures cannot be locked that would never end.
+bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed)
+{
+    Release();
+    if (source == nullptr)
+        return false;
+    writeAccess = write;
+    readAccess = read;
+    scratch = 0;
+
+    DetectHostKind();
+    if (!IsConsole)
+    {
+        description = {};
+        host.lockPictureDescription(source, &description);
+        if (description.type == pictureGWorldPtr)
+        {
+            IsDesktop = true;
+            return LockGWorld(source, copyAllowed);
+        }
+        // The description is left locked here: the host's own bookkeeping expects no unlock for these pictures.
+        if (copyAllowed)
+        {
+            const int32_t copyWidth = IntegerProperty(source, "Width");
+            const int32_t copyHeight = IntegerProperty(source, "Height");
+            if (REALpictureStruct* copy = DrawCopy(source, copyWidth, copyHeight))
+                return LockCopy(copy, read);
+        }
+    }
+    return LockMemoryBitmap(source);
+}
+
+bool PictureEditor::LockGWorld(REALpictureStruct* source, bool copyAllowed)
+{
+    const auto fail = [this, source] {
+        pixMap = nullptr;
+        rowPointer = nullptr;
+        host.unlockPictureDescription(source);
+        return false;
+    };
+
+    auto* const gWorld = static_cast<GWorldPtr>(description.data);
+    if (gWorld == nullptr)
+        return fail();
+    PixMapHandle const map = quickDraw.GetGWorldPixMap(gWorld);
+    if (map == nullptr)
+        return fail();
+
+    switch (quickDraw.GetPixDepth(map))
+    {
+    case 32:
+        pixelFormat = PixelFormatARGB32;
+        bytesPerPixel = 4;
+        break;
+    case 24:
+        pixelFormat = PixelFormatRGB24;
+        bytesPerPixel = 3;
+        break;
+    default:
+    {
+        const int32_t copyWidth = description.width;
+        const int32_t copyHeight = description.height;
+        const bool readOnly = readAccess;
+        fail();
+        if (!copyAllowed)
+            return false;
+        REALpictureStruct* copy = DrawCopy(source, copyWidth, copyHeight);
+        return copy != nullptr && LockCopy(copy, readOnly);
+    }
+    }
+
+    if (quickDraw.LockPixels(map) == 0)
+        return fail();
+    baseAddress = rowPointer = quickDraw.GetPixBaseAddr(map);
+    if (baseAddress == nullptr)
+    {
+        quickDraw.UnlockPixels(map);
+        return fail();
+    }
+    pixMap = map;
+    Hold(source);
+    rowBytes = quickDraw.GetPixRowBytes(map);
+    width = description.width;
+    height = description.height;
+    return true;
+}
+
+bool PictureEditor::LockMemoryBitmap(REALpictureStruct* source)
+{
+    if (IsDesktop || !LockBitmapDescription(source, &description))
+        return false;
+    IsConsole = true;
+    if (!IsUsableBitmap(description))
+    {
+        host.unlockPictureDescription(source);
+        return false;
+    }
+    Hold(source);
+    pixelFormat = PixelFormatBGRX32;
+    bytesPerPixel = 4;
+    width = description.width;
+    height = description.height;
+    rowBytes = static_cast<int32_t>(static_cast<uint32_t>(width) * 4);
+    rowTable = BitmapRowTable(description);
+    baseAddress = rowPointer = height > 0 ? rowTable[0] : nullptr;
+    return true;
+}
+
+/// Draws `source` into a new 32-bit picture, which carries a reference for the caller; null when it cannot be made.
+REALpictureStruct* PictureEditor::DrawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight)
+{
+    if (copyWidth < 1 || copyHeight < 1)
+        return nullptr;
+    REALpictureStruct* copy = host.newPicture(copyWidth, copyHeight, 32);
+    if (copy == nullptr)
+        return nullptr;
+    if (const Reference<REALgraphicsStruct> graphics{host.pluginPictureGraphicsGetter(copy)})
+        GraphicsDrawPicture(graphics.get(), copy, source, 0, 0, copyWidth, copyHeight, 0, 0, copyWidth, copyHeight);
+    return copy;
+}
+
+/// Locks a copy in place of the caller's picture, which is no longer involved, and gives up the copy's reference.
+bool PictureEditor::LockCopy(REALpictureStruct* copy, bool read)
+{
+    const Reference<REALpictureStruct> releaseCopy{copy};
+    return LockPicture(copy, read, false, false);
+}
+
+REALpictureStruct* PictureEditor::RenderPictureWriter()
+{
+    REALpictureStruct* result = nullptr;
+    if (picture != nullptr)
+    {
+        result = Reference<REALpictureStruct>::retain(picture);
+        host.REALPictureClearCache(picture);
+    }
+    else if (buffer != nullptr)
+    {
+        constexpr int32_t pixelType = 1;
+        result = host.REALBuildPictureFromBuffer(width, height, pixelType, buffer, rowBytes);
+    }
+    Release();
+    return result;
+}
+
+bool PictureWriter::OpenNew(int32_t newWidth, int32_t newHeight)
+{
+    if (newWidth < 1 || newWidth > longestPictureSide || newHeight < 1 || newHeight > longestPictureSide)
+        return false;
+    const Reference<REALpictureStruct> created{host.newPicture(newWidth, newHeight, 32)};
+    return created && Open(created.get());
+}
+
+void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination, REALpictureStruct* source,
+                         int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx, int32_t sy, int32_t sw, int32_t sh)
+{
+    using DrawPictureMethod = void (*)(REALgraphicsStruct*, REALpictureStruct*, int32_t, int32_t, int32_t, int32_t,
+                                       int32_t, int32_t, int32_t, int32_t);
+
+    if (graphics != nullptr && source != nullptr)
+    {
+        const auto drawPicture = reinterpret_cast<DrawPictureMethod>(host.REALLoadObjectMethod(
+            graphics, "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+                      "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)"));
+        if (drawPicture != nullptr)
+        {
+            drawPicture(graphics, source, x, y, w, h, sx, sy, sw, sh);
+            return;
+        }
+    }
+
+    // Older hosts are asked for their own drawing function, whose answer nobody uses; kept as it is.
+    if (hostVersion < versionWithCleanFailedLocks)
+        host.RuntimeGraphicsDrawPicture.available();
+
+    if (source == nullptr || destination == nullptr || sw != w || sh != h)
+        return;
+    REALpictureDescription from{};
+    if (!LockBitmapDescription(source, &from))
+        return;
+    REALpictureDescription to{};
+    if (LockBitmapDescription(destination, &to))
+    {
+        CopyBitmapRows(from, to);
+        host.unlockPictureDescription(destination);
+    }
+    host.unlockPictureDescription(source);
+    host.REALPictureClearCache(destination);
+}
+
+} // namespace qvr

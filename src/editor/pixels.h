@@ -1,0 +1,183 @@
+/// \file
+/// Pixels as formulas see them. The two 4-byte formats are types here; everything about a channel's place in a pixel
+/// stands in them. The 3-byte format is converted to and from a 4-byte one on its way (see runs.h).
+#pragma once
+
+#include "editor/arithmetic.h"
+#include "editor/lanes.h"
+#include "editor/picture_editor.h"
+
+namespace qvr
+{
+
+/// The red, green and blue of a host colour &h00RRGGBB.
+constexpr uint32_t redOf(uint32_t colour)
+{
+    return colour >> 16 & 255;
+}
+constexpr uint32_t greenOf(uint32_t colour)
+{
+    return colour >> 8 & 255;
+}
+constexpr uint32_t blueOf(uint32_t colour)
+{
+    return colour & 255;
+}
+
+/// A 4-byte pixel format as a little-endian 32-bit word: where the channels stand and what fills the spare byte.
+template <PixelFormat Code, int Red, int Green, int Blue, uint32_t Spare>
+struct WordFormat
+{
+    static constexpr PixelFormat code = Code;
+    static constexpr int redShift = Red;
+    static constexpr int greenShift = Green;
+    static constexpr int blueShift = Blue;
+    static constexpr uint32_t redMask = 255U << Red;
+    static constexpr uint32_t greenMask = 255U << Green;
+    static constexpr uint32_t blueMask = 255U << Blue;
+    static constexpr uint32_t colourMask = redMask | greenMask | blueMask;
+    /// What a writer puts into the byte beside the colour.
+    static constexpr uint32_t spare = Spare;
+
+    /// A host colour in this format, its spare byte 0.
+    static constexpr uint32_t wordOf(uint32_t colour)
+    {
+        return redOf(colour) << Red | greenOf(colour) << Green | blueOf(colour) << Blue;
+    }
+};
+
+using ARGB32 = WordFormat<PixelFormatARGB32, 8, 16, 24, 0x000000FF>;
+using BGRX32 = WordFormat<PixelFormatBGRX32, 16, 8, 0, 0>;
+
+/// Three channels of `LaneType::count` pixels, each value 0 to 255.
+template <class LaneType>
+struct Channels
+{
+    using Integers = typename LaneType::Integers;
+    Integers red;
+    Integers green;
+    Integers blue;
+};
+
+/// Three channels of any values; they are clamped to 0 to 255 when they are stored.
+template <class LaneType>
+struct UnclampedChannels
+{
+    using Integers = typename LaneType::Integers;
+    Integers red;
+    Integers green;
+    Integers blue;
+};
+
+/// `LaneType::count` pixels as words of one format; the spare byte holds anything.
+template <class FormatType, class LaneType>
+struct Pixels
+{
+    using Format = FormatType;
+    using Lane = LaneType;
+    using Words = typename Lane::Words;
+    using Integers = typename Lane::Integers;
+
+    Words words;
+
+    QVR_INLINE Integers red() const
+    {
+        return channel<Format::redShift>();
+    }
+    QVR_INLINE Integers green() const
+    {
+        return channel<Format::greenShift>();
+    }
+    QVR_INLINE Integers blue() const
+    {
+        return channel<Format::blueShift>();
+    }
+
+    /// The words with 0 in the spare byte.
+    QVR_INLINE Words colours() const
+    {
+        return words & Format::colourMask;
+    }
+
+    /// -1 where the pixel has the host colour `colour`, whatever its spare byte.
+    QVR_INLINE Integers matches(uint32_t colour) const
+    {
+        return colours() == Words{} + Format::wordOf(colour);
+    }
+
+    /// Pixels of one host colour.
+    QVR_INLINE static Pixels of(uint32_t colour)
+    {
+        return {Words{} + Format::wordOf(colour)};
+    }
+
+    QVR_INLINE Pixels operator~() const
+    {
+        return {~words};
+    }
+
+    /// Lane by lane `first` where `mask` is -1 and `second` where it is 0.
+    QVR_INLINE static Pixels select(Integers mask, Pixels first, Pixels second)
+    {
+        const auto chosen = reinterpret_cast<Words>(mask);
+        return {(first.words & chosen) | (second.words & ~chosen)};
+    }
+
+    // What a writer stores: the colour as it is, with the format's spare byte.
+
+    QVR_INLINE static Words stored(Pixels result)
+    {
+        return result.colours() | Format::spare;
+    }
+    QVR_INLINE static Words stored(const Channels<Lane>& result)
+    {
+        return pack(result.red, result.green, result.blue) | Format::spare;
+    }
+    QVR_INLINE static Words stored(const UnclampedChannels<Lane>& result)
+    {
+        if constexpr (Lane::count == NarrowLanes::count)
+            return packSaturated(result);
+        else
+            return pack(clamped(result.red), clamped(result.green), clamped(result.blue)) | Format::spare;
+    }
+
+private:
+    template <int Shift>
+    QVR_INLINE Integers channel() const
+    {
+        return reinterpret_cast<Integers>(words >> Shift & 255U);
+    }
+
+    QVR_INLINE static Words pack(Integers red, Integers green, Integers blue)
+    {
+        return reinterpret_cast<Words>(red) << Format::redShift | reinterpret_cast<Words>(green) << Format::greenShift |
+               reinterpret_cast<Words>(blue) << Format::blueShift;
+    }
+
+    QVR_INLINE static Integers clamped(Integers value)
+    {
+        return __builtin_elementwise_min(__builtin_elementwise_max(value, Integers{}), Integers{} + 255);
+    }
+
+    /// SSE2 has no minimum of 32-bit integers, but its packing instructions saturate.
+    QVR_INLINE static Words packSaturated(const UnclampedChannels<Lane>& result)
+    {
+        typedef int16_t Halves __attribute__((vector_size(16)));
+        typedef char Bytes __attribute__((vector_size(16)));
+
+        const Integers spareByte = Integers{} + static_cast<int32_t>(Format::spare);
+        // Channels in the order of their bytes in memory.
+        const bool argb = Format::redShift == 8;
+        const Halves low = argb ? __builtin_ia32_packssdw128(spareByte, result.red)
+                                : __builtin_ia32_packssdw128(result.blue, result.green);
+        const Halves high = argb ? __builtin_ia32_packssdw128(result.green, result.blue)
+                                 : __builtin_ia32_packssdw128(result.red, spareByte);
+        const auto planes = reinterpret_cast<Bytes>(__builtin_ia32_packuswb128(low, high));
+        // Four planes of four bytes become four pixels of four bytes.
+        const Bytes pairs = __builtin_shufflevector(planes, planes, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
+        return reinterpret_cast<Words>(
+            __builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+    }
+};
+
+} // namespace qvr

@@ -1,0 +1,134 @@
+#include "editor/runs.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+/// Pixels of a converted block: four such blocks fit the first-level cache.
+constexpr int32_t convertedBlock = 1024;
+
+/// Results from this size on are stored around the cache: they would not stay in it anyway.
+constexpr int64_t streamedResultBytes = 4 << 20;
+
+struct ConvertedPixels
+{
+    alignas(32) uint8_t bytes[convertedBlock * 4];
+};
+
+bool isStreamed(const PictureWriter* writer)
+{
+    return writer != nullptr && static_cast<int64_t>(writer->rowBytes) * writer->height >= streamedResultBytes;
+}
+
+bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t sourceCount, const PictureWriter* writer)
+{
+    for (int32_t i = 0; i < sourceCount; ++i)
+        if (sources[i]->pixelFormat != format)
+            return false;
+    return writer == nullptr || writer->pixelFormat == format;
+}
+
+bool visitRows(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
+               int32_t sourceCount, const PictureWriter* writer)
+{
+    Run run{};
+    run.count = block.columns;
+    run.streamed = isStreamed(writer);
+    for (int32_t row = block.top; row < block.bottom; ++row)
+    {
+        for (int32_t i = 0; i < sourceCount; ++i)
+            run.sources[i] = sources[i]->RowAddress(row) + block.byteOffset;
+        if (writer != nullptr)
+            run.destination = writer->RowAddress(row) + block.byteOffset;
+        if (!visit(visitor, run))
+            return false;
+    }
+    return true;
+}
+
+bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
+                          int32_t sourceCount, const PictureWriter* writer)
+{
+    ConvertedPixels converted[mostSources];
+    ConvertedPixels result;
+    Run run{};
+    run.streamed = isStreamed(writer) && writer->pixelFormat == PixelFormatARGB32;
+    for (int32_t row = block.top; row < block.bottom; ++row)
+        for (int32_t column = 0; column < block.columns; column += convertedBlock)
+        {
+            run.count = minimum(convertedBlock, block.columns - column);
+            for (int32_t i = 0; i < sourceCount; ++i)
+            {
+                const PictureEditor& source = *sources[i];
+                const uint8_t* pixels =
+                    source.RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * source.bytesPerPixel;
+                run.sources[i] = pixels;
+                if (source.pixelFormat == PixelFormatARGB32)
+                    continue;
+                convertToARGB32(source.pixelFormat, pixels, converted[i].bytes, run.count);
+                run.sources[i] = converted[i].bytes;
+            }
+            if (writer == nullptr)
+            {
+                if (!visit(visitor, run))
+                    return false;
+                continue;
+            }
+            uint8_t* pixels =
+                writer->RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * writer->bytesPerPixel;
+            const bool inPlace = writer->pixelFormat == PixelFormatARGB32;
+            run.destination = inPlace ? pixels : result.bytes;
+            if (!visit(visitor, run))
+                return false;
+            if (!inPlace)
+                convertFromARGB32(result.bytes, writer->pixelFormat, pixels, run.count);
+        }
+    return true;
+}
+
+} // namespace
+
+Block wholeBlock(const PictureEditor& picture)
+{
+    return {0, picture.width, 0, picture.height};
+}
+
+int32_t columnsWithin(const PictureEditor& picture, const Block& block)
+{
+    const int64_t rowEnd = static_cast<int64_t>(picture.width) * picture.bytesPerPixel;
+    const int64_t bytes = rowEnd - block.byteOffset;
+    if (bytes <= 0 || block.columns <= 0)
+        return 0;
+    const int64_t wanted = static_cast<int64_t>(block.columns) * picture.bytesPerPixel;
+    // The smaller of the two fits 32 bits wherever the picture's rows do.
+    return static_cast<int32_t>(static_cast<uint32_t>(minimum(bytes, wanted))) / picture.bytesPerPixel;
+}
+
+Block blockOf(const PictureEditor& picture, const Rectangle& rectangle)
+{
+    const int32_t width = rectangle.width < 0 ? picture.width : rectangle.width;
+    const int32_t height = rectangle.height < 0 ? picture.height : rectangle.height;
+    const int32_t left = maximum(rectangle.left, 0);
+    const int32_t right = endWithin(rectangle.left, width, picture.width);
+    if (left >= right)
+        return {};
+    Block block{left * 4, right - left, maximum(rectangle.top, 0), endWithin(rectangle.top, height, picture.height)};
+    block.columns = columnsWithin(picture, block);
+    return block;
+}
+
+bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
+               const PictureWriter* writer)
+{
+    if (block.empty())
+        return true;
+    if (haveFormat(PixelFormatARGB32, sources, sourceCount, writer))
+        return visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, writer);
+    if (haveFormat(PixelFormatBGRX32, sources, sourceCount, writer))
+        return visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount, writer);
+    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, writer);
+}
+
+} // namespace qvr

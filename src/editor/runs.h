@@ -1,0 +1,85 @@
+/// \file
+/// Walks over locked pictures, row by row, as runs of pixels of one 4-byte format.
+///
+/// The format is decided once for a whole walk. Where all pictures share a 4-byte format a run is a row, in place;
+/// otherwise a run is a block small enough to stay in the first-level cache, converted to `ARGB32` on the way in and
+/// from it on the way out.
+#pragma once
+
+#include "editor/pixels.h"
+
+namespace qvr
+{
+
+/// A rectangle given as left, top, width and height, as scripts give it.
+struct Rectangle
+{
+    int32_t left = 0;
+    int32_t top = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+};
+
+/// The pixels of a walk: `columns` pixels from `byteOffset` on, in each row from `top` to before `bottom`.
+struct Block
+{
+    int32_t byteOffset = 0;
+    int32_t columns = 0;
+    int32_t top = 0;
+    int32_t bottom = 0;
+
+    bool empty() const
+    {
+        return columns < 1 || top >= bottom;
+    }
+};
+
+/// All pixels of a picture.
+Block wholeBlock(const PictureEditor& picture);
+
+/// The part of `rectangle` that lies inside the picture; a negative width or height means the picture's.
+///
+/// A row starts `4 * left` bytes in for every format. In the 3-byte format that is a deliberate oddity, kept because
+/// scripts can see it; pixels that would end outside the row are left out.
+Block blockOf(const PictureEditor& picture, const Rectangle& rectangle);
+
+/// The block's columns that lie inside the rows of `picture`.
+int32_t columnsWithin(const PictureEditor& picture, const Block& block);
+
+/// The most pictures that one walk reads.
+constexpr int32_t mostSources = 3;
+
+/// Neighbouring pixels of a walk, at the same place in every picture.
+struct Run
+{
+    const uint8_t* sources[mostSources];
+    /// Null in a walk that only reads.
+    uint8_t* destination;
+    int32_t count;
+    /// The destination is large: storing around the cache saves reading it first.
+    bool streamed;
+};
+
+/// What a walk does with a run. `visitor` is the argument of the walk; false ends the walk.
+using VisitRun = bool (*)(const void* visitor, const Run& run);
+
+/// A visitor with its code for each 4-byte format.
+struct RunVisitor
+{
+    const void* visitor;
+    VisitRun visitARGB32;
+    VisitRun visitBGRX32;
+};
+
+/// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the picture to write. The block must
+/// lie inside all of them. False when the visitor ended the walk.
+bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
+               const PictureWriter* writer);
+
+/// Converts `count` pixels from any format to `ARGB32` (alpha 255).
+void convertToARGB32(int32_t format, const uint8_t* source, uint8_t* destination, int32_t count);
+
+/// Converts `count` pixels from `ARGB32` to any format, with the spare byte that the format wants.
+void convertFromARGB32(const uint8_t* source, int32_t format, uint8_t* destination, int32_t count);
+
+} // namespace qvr

@@ -1,0 +1,294 @@
+/// \file
+/// The walks that operations are made of: a handler gives the formula of one pixel and gets the whole method.
+///
+/// A formula is a generic lambda marked `QVR_INLINE`. It is called with a vector of pixels of each picture read
+/// (`Pixels<Format, Lane>`) and returns what its walk asks for, lane by lane.
+#pragma once
+
+#include "editor/runs.h"
+
+namespace qvr
+{
+
+namespace detail
+{
+
+template <class Format, class Lane>
+struct RunLoop
+{
+    using Words = typename Lane::Words;
+    using Integers = typename Lane::Integers;
+    using PixelVector = Pixels<Format, Lane>;
+    static constexpr int32_t bytes = sizeof(Words);
+
+    QVR_INLINE static PixelVector load(const uint8_t* address)
+    {
+        PixelVector pixels;
+        __builtin_memcpy(&pixels.words, address, bytes);
+        return pixels;
+    }
+
+    /// Fewer pixels than there are lanes; the first one fills the lanes beyond.
+    QVR_INLINE static PixelVector loadSome(const uint8_t* address, int32_t count)
+    {
+        uint32_t lanes[Lane::count];
+        for (int32_t i = 0; i < Lane::count; ++i)
+            __builtin_memcpy(&lanes[i], address + (i < count ? i * 4 : 0), 4);
+        return load(reinterpret_cast<const uint8_t*>(lanes));
+    }
+
+    QVR_INLINE static void storeSome(uint8_t* address, Words words, int32_t count)
+    {
+        for (int32_t i = 0; i < count; ++i)
+        {
+            const uint32_t word = words[i];
+            __builtin_memcpy(address + i * 4, &word, 4);
+        }
+    }
+
+    /// -1 in the first `count` lanes.
+    QVR_INLINE static Integers firstLanes(int32_t count)
+    {
+        Integers lane{};
+        for (int32_t i = 0; i < Lane::count; ++i)
+            lane[i] = i;
+        return lane < count;
+    }
+
+    QVR_INLINE static bool any(Integers mask)
+    {
+        int32_t all = 0;
+        for (int32_t i = 0; i < Lane::count; ++i)
+            all |= mask[i];
+        return all != 0;
+    }
+};
+
+/// Calls a formula with the pixels of every source at one place of a run.
+template <int32_t SourceCount, class Load, class Formula>
+QVR_INLINE inline auto applyFormula(const Formula& formula, const Run& run, const Load& load)
+{
+    if constexpr (SourceCount == 1)
+        return formula(load(run.sources[0]));
+    else if constexpr (SourceCount == 2)
+        return formula(load(run.sources[0]), load(run.sources[1]));
+    else
+        return formula(load(run.sources[0]), load(run.sources[1]), load(run.sources[2]));
+}
+
+/// Stores the formula's value of every pixel.
+template <int32_t SourceCount, class Formula>
+struct MapRun
+{
+    const Formula& formula;
+
+    template <class Format, class Lane>
+    QVR_INLINE bool visit(const Run& run) const
+    {
+        using Loop = RunLoop<Format, Lane>;
+        using PixelVector = typename Loop::PixelVector;
+
+        const auto wordsAt = [&](int32_t index) QVR_INLINE {
+            return PixelVector::stored(applyFormula<SourceCount>(
+                formula, run, [index](const uint8_t* pixels) QVR_INLINE { return Loop::load(pixels + index * 4); }));
+        };
+        const auto mapSome = [&](int32_t index, int32_t count) QVR_INLINE {
+            Loop::storeSome(run.destination + index * 4,
+                            PixelVector::stored(applyFormula<SourceCount>(
+                                formula, run,
+                                [=](const uint8_t* pixels)
+                                    QVR_INLINE { return Loop::loadSome(pixels + index * 4, count); })),
+                            count);
+        };
+
+        int32_t index = 0;
+        const auto misaligned = static_cast<int32_t>(reinterpret_cast<uintptr_t>(run.destination) % Loop::bytes);
+        if (run.streamed && misaligned % 4 == 0)
+        {
+            if (misaligned != 0)
+            {
+                index = minimum((Loop::bytes - misaligned) / 4, run.count);
+                mapSome(0, index);
+            }
+            for (; index + Lane::count <= run.count; index += Lane::count)
+                __builtin_nontemporal_store(
+                    wordsAt(index), reinterpret_cast<typename Loop::Words*>(run.destination + index * 4));
+        }
+        else
+            for (; index + Lane::count <= run.count; index += Lane::count)
+            {
+                const auto words = wordsAt(index);
+                __builtin_memcpy(run.destination + index * 4, &words, Loop::bytes);
+            }
+        if (index < run.count)
+            mapSome(index, run.count - index);
+        return true;
+    }
+};
+
+/// Goes on while every pixel passes.
+template <class Formula>
+struct TestRun
+{
+    const Formula& passes;
+
+    template <class Format, class Lane>
+    QVR_INLINE bool visit(const Run& run) const
+    {
+        using Loop = RunLoop<Format, Lane>;
+        // Looking at the outcome costs more than a test, so it is looked at once for several vectors.
+        constexpr int32_t testedTogether = 4 * Lane::count;
+
+        const uint8_t* pixels = run.sources[0];
+        int32_t index = 0;
+        for (; index + testedTogether <= run.count; index += testedTogether)
+        {
+            typename Loop::Integers failed{};
+            for (int32_t i = 0; i < testedTogether; i += Lane::count)
+                failed |= ~passes(Loop::load(pixels + (index + i) * 4));
+            if (Loop::any(failed))
+                return false;
+        }
+        for (; index < run.count; index += Lane::count)
+        {
+            const int32_t count = minimum(Lane::count, run.count - index);
+            if (Loop::any(~passes(Loop::loadSome(pixels + index * 4, count))))
+                return false;
+        }
+        return true;
+    }
+};
+
+/// Counts the pixels that pass.
+template <class Formula>
+struct CountRun
+{
+    const Formula& passes;
+    int32_t& total;
+
+    template <class Format, class Lane>
+    QVR_INLINE bool visit(const Run& run) const
+    {
+        using Loop = RunLoop<Format, Lane>;
+
+        const uint8_t* pixels = run.sources[0];
+        typename Loop::Integers count{};
+        int32_t index = 0;
+        for (; index + Lane::count <= run.count; index += Lane::count)
+            count -= passes(Loop::load(pixels + index * 4));
+        if (index < run.count)
+        {
+            const int32_t rest = run.count - index;
+            count -= passes(Loop::loadSome(pixels + index * 4, rest)) & Loop::firstLanes(rest);
+        }
+        for (int32_t i = 0; i < Lane::count; ++i)
+            total = wrappingAdd(total, count[i]);
+        return true;
+    }
+};
+
+/// Hands every run to a function object as it is.
+template <class Function>
+struct PlainRun
+{
+    const Function& function;
+
+    template <class Format, class Lane>
+    QVR_INLINE bool visit(const Run& run) const
+    {
+        function(Format(), run);
+        return true;
+    }
+};
+
+template <class Visitor, class Format>
+bool visitNarrow(const void* visitor, const Run& run)
+{
+    return static_cast<const Visitor*>(visitor)->template visit<Format, NarrowLanes>(run);
+}
+
+template <class Visitor, class Format>
+QVR_WIDE_TARGET bool visitWide(const void* visitor, const Run& run)
+{
+    return static_cast<const Visitor*>(visitor)->template visit<Format, WideLanes>(run);
+}
+
+template <class Visitor>
+RunVisitor runVisitor(const Visitor& visitor)
+{
+    if (wideLanesAvailable())
+        return {&visitor, visitWide<Visitor, ARGB32>, visitWide<Visitor, BGRX32>};
+    return {&visitor, visitNarrow<Visitor, ARGB32>, visitNarrow<Visitor, BGRX32>};
+}
+
+} // namespace detail
+
+/// Writes the formula's value of every pixel of the block. The formula takes the pixels of every source and returns
+/// `Pixels`, `Channels` or `UnclampedChannels`. Columns outside any of the pictures are left out.
+template <class Formula, class... Readers>
+void mapBlock(const PictureWriter& writer, Block block, const Formula& formula, const Readers&... readers)
+{
+    constexpr int32_t sourceCount = sizeof...(Readers);
+    const PictureEditor* const sources[] = {&readers...};
+    block.columns = columnsWithin(writer, block);
+    for (const PictureEditor* source : sources)
+        block.columns = columnsWithin(*source, block);
+    visitRuns(detail::runVisitor(detail::MapRun<sourceCount, Formula>{formula}), block, sources, sourceCount, &writer);
+}
+
+/// Whether every pixel of the block passes: the formula returns -1 where one does and 0 where it does not.
+template <class Formula>
+bool allPixels(const PictureReader& reader, const Block& block, const Formula& passes)
+{
+    const PictureEditor* const source = &reader;
+    return visitRuns(detail::runVisitor(detail::TestRun<Formula>{passes}), block, &source, 1, nullptr);
+}
+
+/// The number of pixels of the picture that pass; the formula is that of `allPixels`.
+template <class Formula>
+int32_t countPixels(const PictureReader& reader, const Formula& passes)
+{
+    int32_t total = 0;
+    const PictureEditor* const source = &reader;
+    visitRuns(detail::runVisitor(detail::CountRun<Formula>{passes, total}), wholeBlock(reader), &source, 1, nullptr);
+    return total;
+}
+
+/// Calls `function(format, run)` for the block's runs, for work that is not done lane by lane; `format` is `ARGB32` or
+/// `BGRX32`. `writer` is null in a walk that only reads.
+template <class Function>
+void forEachRun(const PictureReader& reader, const PictureWriter* writer, const Block& block, const Function& function)
+{
+    const detail::PlainRun<Function> visitor{function};
+    const PictureEditor* const source = &reader;
+    visitRuns({&visitor, detail::visitNarrow<detail::PlainRun<Function>, ARGB32>,
+               detail::visitNarrow<detail::PlainRun<Function>, BGRX32>},
+              block, &source, 1, writer);
+}
+
+/// A new picture in which `formula` has changed the pixels of the rectangle; the others are as the host made them.
+///
+/// One reference is the caller's. Null when the picture cannot be opened, when a side is not 1 to 32767, or when the
+/// host cannot make the result.
+template <class Formula>
+REALpictureStruct* mapRectangle(REALpictureStruct* picture, const Rectangle& rectangle, const Formula& formula)
+{
+    PictureReader reader;
+    PictureWriter writer;
+    if (!reader.Open(picture) || !writer.OpenNew(reader.width, reader.height))
+        return nullptr;
+    mapBlock(writer, blockOf(reader, rectangle), formula, reader);
+    return writer.RenderPictureWriter();
+}
+
+/// The rectangle that means the whole picture.
+constexpr Rectangle wholePicture{0, 0, -1, -1};
+
+/// A new picture of the same size with the formula's value of every pixel; results as in `mapRectangle`.
+template <class Formula>
+REALpictureStruct* mapPicture(REALpictureStruct* picture, const Formula& formula)
+{
+    return mapRectangle(picture, wholePicture, formula);
+}
+
+} // namespace qvr
