@@ -32,7 +32,7 @@ size_t (*strlen)(const char*) = ::strlen;
 // so in the bundle `libc::memcpy` and `libc::memset` are these too.
 #ifdef __APPLE__
 
-namespace qvr::libc
+namespace qvr::blocks
 {
 namespace
 {
@@ -56,7 +56,9 @@ size_t distanceToAlignment(const uint8_t* address)
 }
 
 } // namespace
-} // namespace qvr::libc
+} // namespace qvr::blocks
+
+namespace blocks = qvr::blocks;
 
 extern "C" {
 
@@ -64,42 +66,40 @@ extern "C" {
 // processor's string instructions run at full speed.
 void* memcpy(void* destination, const void* source, size_t size)
 {
-    using namespace qvr::libc;
     auto* to = static_cast<uint8_t*>(destination);
     const auto* from = static_cast<const uint8_t*>(source);
-    if (size < 2 * vectorSize)
+    if (size < 2 * blocks::vectorSize)
     {
         asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(size)::"memory");
         return destination;
     }
-    const __m128i head = load(from);
-    const __m128i tail = load(from + size - vectorSize);
-    const size_t skipped = distanceToAlignment(to);
+    const __m128i head = blocks::load(from);
+    const __m128i tail = blocks::load(from + size - blocks::vectorSize);
+    const size_t skipped = blocks::distanceToAlignment(to);
     uint8_t* middle = to + skipped;
     const uint8_t* middleSource = from + skipped;
     size_t words = (size - skipped) / 4;
     asm volatile("rep movsl" : "+D"(middle), "+S"(middleSource), "+c"(words)::"memory");
-    store(to, head);
-    store(to + size - vectorSize, tail);
+    blocks::store(to, head);
+    blocks::store(to + size - blocks::vectorSize, tail);
     return destination;
 }
 
 void* memset(void* destination, int value, size_t size)
 {
-    using namespace qvr::libc;
     auto* to = static_cast<uint8_t*>(destination);
-    if (size < 2 * vectorSize)
+    if (size < 2 * blocks::vectorSize)
     {
         asm volatile("rep stosb" : "+D"(to), "+c"(size) : "a"(value) : "memory");
         return destination;
     }
     const __m128i bytes = _mm_set1_epi8(static_cast<char>(value));
-    const size_t skipped = distanceToAlignment(to);
+    const size_t skipped = blocks::distanceToAlignment(to);
     uint8_t* middle = to + skipped;
     size_t words = (size - skipped) / 4;
     asm volatile("rep stosl" : "+D"(middle), "+c"(words) : "a"(_mm_cvtsi128_si32(bytes)) : "memory");
-    store(to, bytes);
-    store(to + size - vectorSize, bytes);
+    blocks::store(to, bytes);
+    blocks::store(to + size - blocks::vectorSize, bytes);
     return destination;
 }
 
