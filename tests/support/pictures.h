@@ -1,0 +1,102 @@
+/// \file
+/// Test pictures: made at random, moved between the host and the references, compared and kept when they
+/// differ.
+#pragma once
+
+#include "host/picture.h"
+#include "tests/reference/picture.h"
+#include "tests/support/test_host.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+/// Repeatable random numbers.
+class Random
+{
+public:
+    explicit Random(std::uint32_t seed) : engine(seed)
+    {
+    }
+
+    /// Both ends included.
+    int between(int lowest, int highest);
+    std::uint8_t byte()
+    {
+        return static_cast<std::uint8_t>(between(0, 255));
+    }
+    /// True once in `n` times.
+    bool onceIn(int n)
+    {
+        return between(1, n) == 1;
+    }
+    template <class Item>
+    const Item& oneOf(const std::vector<Item>& items)
+    {
+        return items[static_cast<std::size_t>(between(0, static_cast<int>(items.size()) - 1))];
+    }
+    /// An integer that likes the interesting places: around 0 and `size`, far outside, and the ends of the
+    /// range.
+    int coordinate(int size);
+    /// A double that likes the interesting places: zeros, units, fractions, huge ones, infinities and NaN.
+    double parameter();
+
+private:
+    std::mt19937 engine;
+};
+
+/// What random pixels look like. The spare byte is random in all of them.
+enum class Palette
+{
+    Noise,   ///< every channel on its own
+    Greys,   ///< mostly equal channels, some of them one or two off
+    Few,     ///< a handful of colours, so that equal pixels and runs are common
+    Extremes ///< channels of 0, 1, 127, 128, 254 and 255
+};
+
+reference::Picture randomPicture(Random& random, int width, int height, Palette palette = Palette::Noise);
+/// With a palette picked at random too.
+reference::Picture randomPictureOfAnyPalette(Random& random, int width, int height);
+/// Rows of the given pixels, all of the same length.
+reference::Picture pictureOf(std::initializer_list<std::initializer_list<reference::Pixel>> rows);
+
+/// Sizes worth testing: 1 x 1, all widths around the vector loops' steps and tails, tall, wide.
+const std::vector<std::pair<int, int>>& testSizes();
+/// The storages that pictures handed to the plug-in can have on this host, those included that must be drawn
+/// into a copy.
+std::vector<standin::Storage> sourceStorages(const TestHost& host);
+
+/// A host picture of these pixels, spare bytes as they are.
+standin::Picture upload(standin::Host& host, const reference::Picture& picture,
+                        std::optional<standin::Storage> storage = std::nullopt);
+/// The pixels of a host picture, spare bytes as they are: with storages of few colours not what was uploaded.
+reference::Picture download(const standin::Picture& picture);
+
+/// Whether and how the spare byte (A, X) is compared.
+enum class Alpha
+{
+    Opaque, ///< wanted alpha 255 stands for the writers' spare byte: 255 in A, 0 in X; others are wanted as
+            ///< they are
+    Exact,  ///< as it is
+    Ignored
+};
+
+/// Compares a result with what is wanted. A difference fails the test, naming `operation` (method and
+/// arguments), the first differing pixel and the number of them, and keeps both pictures under
+/// out/test-failures. Gives whether all is well.
+bool expectPicture(const reference::Picture& wanted, const standin::Picture& got,
+                   const std::string& operation, Alpha alpha = Alpha::Opaque);
+
+/// "ChangeContrastQVR(0.5)", for messages.
+std::string callText(const std::string& method, const standin::Arguments& arguments);
+
+/// Calls `method` on a picture whose result is a picture, and compares: the result, and that the source is
+/// unchanged. Gives the result.
+standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, const standin::Picture& source,
+                            const std::string& method, const standin::Arguments& arguments = {},
+                            Alpha alpha = Alpha::Opaque);
+
+std::string storageName(standin::Storage storage);

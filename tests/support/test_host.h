@@ -1,0 +1,128 @@
+/// \file
+/// Hosts for tests: every test runs on every artefact, names the hosts it wants, and leaves the ledger
+/// balanced.
+///
+///     class Inversion : public ArtefactTest {};
+///     ON_EVERY_ARTEFACT(Inversion);
+///
+///     TEST_P(Inversion, InvertsEveryChannel)
+///     {
+///         forEachHost(artefact(), [](TestHost& host) {
+///             standin::Picture photo = host.newPicture(2, 2); // in the storage that this host's pictures
+///             have
+///             ...
+///         });
+///     }
+#pragma once
+
+#include "host/host.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "build_info.h"
+
+/// A host to be made, and what messages call it.
+struct HostSetup
+{
+    std::string name;
+    standin::Options options;
+
+    /// The same host with one thing changed.
+    HostSetup version(double hostVersion) const;
+    HostSetup newPictures(standin::Storage storage) const;
+    /// Without some host functions, or methods loaded by declaration.
+    HostSetup without(const std::set<std::string>& functions) const;
+};
+
+/// Host of a kind in the newest version, made of `artefact`. Its new pictures start with
+/// `reference::untouched` pixels.
+HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind = standin::Kind::Desktop);
+
+/// The hosts that differ in how pictures are locked: a desktop with 32-bit GWorlds, one with 24-bit GWorlds,
+/// a console and a web application with memory bitmaps.
+std::vector<HostSetup> hostSetups(standin::Artefact artefact);
+
+/// One version on each side of every threshold.
+inline constexpr double hostVersions[] = {2010.0, 2010.029, 2011.0,  2012.0, 2012.5,
+                                          2013.0, 2013.02,  2013.03, 2019.1};
+
+/// A host that checks its ledger when it ends, and speaks of its setup in every failure while it is current.
+class TestHost : public standin::Host
+{
+public:
+    explicit TestHost(const HostSetup& hostSetup);
+    ~TestHost();
+    TestHost(const TestHost&) = delete;
+    TestHost& operator=(const TestHost&) = delete;
+
+    const HostSetup& setup() const
+    {
+        return hostSetup;
+    }
+    /// The storage of pictures that the plug-in makes here.
+    standin::Storage newStorage() const;
+    /// Fails the test now when something is outstanding or went wrong; `when` is for the message.
+    void expectBalanced(const std::string& when) const;
+    /// Lets the destructor be silent, for tests that provoke an imbalance.
+    void ignoreLedger()
+    {
+        ledgerIgnored = true;
+    }
+    /// Limits the plug-in's vector loops to `lanes` pixels at a time: 4, or 8 (where the processor can).
+    void limitLanes(int lanes);
+
+private:
+    HostSetup hostSetup;
+    bool ledgerIgnored = false;
+};
+
+/// Base of all test suites that load the plug-in.
+class ArtefactTest : public testing::TestWithParam<standin::Artefact>
+{
+protected:
+    static standin::Artefact artefact()
+    {
+        return GetParam();
+    }
+};
+
+const char* artefactName(standin::Artefact artefact);
+
+/// The bundle when this build has one; under the sanitizers there is only the shared object.
+std::vector<standin::Artefact> bundlesOfThisBuild();
+
+/// Runs a suite on the shared object and on the bundle, each as a CTest entry of its own.
+#define ON_EVERY_ARTEFACT(Suite)                                                                             \
+    INSTANTIATE_TEST_SUITE_P(SharedObject, Suite, testing::Values(standin::Artefact::SharedObject),          \
+                             [](const auto& info) { return artefactName(info.param); });                     \
+    INSTANTIATE_TEST_SUITE_P(MacBundle, Suite, testing::ValuesIn(bundlesOfThisBuild()),                      \
+                             [](const auto& info) { return artefactName(info.param); })
+
+/// Makes each of the four hosts, runs `test(TestHost&)` on it and checks the ledger.
+template <class Test>
+void forEachHost(standin::Artefact artefact, Test test)
+{
+    for (const HostSetup& setup : hostSetups(artefact))
+    {
+        SCOPED_TRACE(setup.name);
+        TestHost host{setup};
+        test(host);
+    }
+}
+
+/// The same with the plug-in's vector loops limited to 4 pixels and to 8.
+template <class Test>
+void forEachHostAndLaneLimit(standin::Artefact artefact, Test test)
+{
+    for (const int lanes : {4, 8})
+    {
+        SCOPED_TRACE(std::to_string(lanes) + " lanes");
+        forEachHost(artefact, [&](TestHost& host) {
+            host.limitLanes(lanes);
+            test(host);
+        });
+    }
+}
