@@ -51,8 +51,8 @@ struct Declaration
     std::string parameterText() const;
 };
 
-/// Takes apart "Name(a as integer, byref b as memoryblock, c as color = &c88B5C4) as picture". Types, "as" and "byref"
-/// are read in any case. Throws Error, naming the place, for a text that is not a declaration.
+/// Takes apart "Name(a as integer, byref b as memoryblock, c as color = &c88B5C4) as picture". Types, "as"
+/// and "byref" are read in any case. Throws Error, naming the place, for a text that is not a declaration.
 Declaration parseDeclaration(std::string_view text);
 
 /// Whether two names are the same in the host's language, which ignores case.

@@ -1,6 +1,6 @@
 /// \file
-/// The stand-in host: loads one of the plug-in's artefacts and behaves towards it as the real host does, so that tests,
-/// command line, benchmarks and fuzzers can call its methods by their declarations.
+/// The stand-in host: loads one of the plug-in's artefacts and behaves towards it as the real host does, so
+/// that tests, command line, benchmarks and fuzzers can call its methods by their declarations.
 #pragma once
 
 #include "host/error.h"
@@ -42,7 +42,8 @@ enum class Memory
 {
     Guarded, ///< guard pages around pixels, rows, blocks and the plug-in's heap; for tests
     Plain,   ///< ordinary memory, rows one after the other
-    Pooled   ///< as Plain, but a freed picture's memory serves the next one of its size, unfilled; for benchmarks
+    Pooled   ///< as Plain, but a freed picture's memory serves the next one of its size, unfilled; for
+             ///< benchmarks
 };
 
 struct Options
@@ -51,17 +52,19 @@ struct Options
     Kind kind = Kind::Desktop;
     double version = 2013.03;
     /// The file to load; empty: PictureQVR.so beside the running executable, or
-    /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken too.
+    /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
+    /// too.
     std::string plugin;
-    /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32 on the
-    /// desktop and where the kind is unknown, Bitmap else.
+    /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32
+    /// on the desktop and where the kind is unknown, Bitmap else.
     std::optional<Storage> newPictureStorage;
     Memory memory = Memory::Guarded;
     /// Bytes behind each row of a GWorld, filled with a canary. 0 makes the last row end at the guard page.
     int padding = 12;
     /// Every byte of a new picture's pixels, so that what stays unwritten shows.
     std::uint8_t freshFill = 0xFF;
-    /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not exist.
+    /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not
+    /// exist.
     std::set<std::string> absent;
     /// Classes that "PluginNewInstance" cannot make.
     std::set<std::string> notInstantiable;
@@ -74,20 +77,21 @@ struct Options
 /// Switches of the system beside the host.
 struct SystemSwitches
 {
-    bool foldersFound = true;       ///< FSFindFolder succeeds
-    bool bundlesCreated = true;     ///< CFBundleCreate succeeds
-    bool executablesLoad = true;    ///< CFBundleLoadExecutable succeeds
+    bool foldersFound = true;              ///< FSFindFolder succeeds
+    bool bundlesCreated = true;            ///< CFBundleCreate succeeds
+    bool executablesLoad = true;           ///< CFBundleLoadExecutable succeeds
     std::set<std::string> absentQuickDraw; ///< QuickDraw functions that the framework lacks
 };
 
-/// An instance of a class that the plug-in registered; owns a reference. Its constructor has run; the destructor runs with
-/// the last reference. Wrong names, types or argument counts throw Error.
+/// An instance of a class that the plug-in registered; owns a reference. Its constructor has run; the
+/// destructor runs with the last reference. Wrong names, types or argument counts throw Error.
 class Instance : public Reference
 {
 public:
     Instance() = default;
     const RegisteredClass& definition() const;
-    /// Properties: fields that the host accesses itself (pictures are counted: setting gives back the old one), or accessors.
+    /// Properties: fields that the host accesses itself (pictures are counted: setting gives back the old
+    /// one), or accessors.
     Value get(std::string_view property) const;
     void set(std::string_view property, const Value& value);
     Value call(std::string_view method, const Arguments& arguments = {});
@@ -101,13 +105,13 @@ private:
     using Reference::Reference;
 };
 
-/// One host process of its own: a fresh copy of the plug-in, pictures, strings, faults and ledger. Several can live at
-/// once. Objects keep their host alive. Not for several threads.
+/// One host process of its own: a fresh copy of the plug-in, pictures, strings, faults and ledger. Several
+/// can live at once. Objects keep their host alive. Not for several threads.
 class Host
 {
 public:
-    /// Loads the plug-in and runs its entry point. Throws Error when the file is missing, no plug-in for i386, damaged, or
-    /// needs functions that do not exist.
+    /// Loads the plug-in and runs its entry point. Throws Error when the file is missing, no plug-in for
+    /// i386, damaged, or needs functions that do not exist.
     explicit Host(Options options = {});
     ~Host();
     Host(const Host&) = delete;
@@ -115,8 +119,8 @@ public:
 
     const Options& options() const;
 
-    /// A new picture, filled with `freshFill`. Sizes the host's own language would refuse (0, or above 32767) are
-    /// allowed here. Throws Error when memory runs out.
+    /// A new picture, filled with `freshFill`. Sizes the host's own language would refuse (0, or above 32767)
+    /// are allowed here. Throws Error when memory runs out.
     Picture newPicture(int width, int height, std::optional<Storage> storage = std::nullopt);
     /// A block of zero bytes.
     MemoryBlock newMemoryBlock(int size);
@@ -124,13 +128,14 @@ public:
     String newString(std::string bytes, std::uint32_t encoding = encodingUtf8);
     Instance newInstance(std::string_view className);
 
-    /// Calls a method that the plug-in added to "Picture". The overload is chosen by count and types of the arguments,
-    /// defaults are filled in, names ignore case. Picture and block results own their reference. Throws Error for an unknown name or
-    /// unfitting arguments, naming what would fit. A nil picture is passed on as it is.
+    /// Calls a method that the plug-in added to "Picture". The overload is chosen by count and types of the
+    /// arguments, defaults are filled in, names ignore case. Picture and block results own their reference.
+    /// Throws Error for an unknown name or unfitting arguments, naming what would fit. A nil picture is
+    /// passed on as it is.
     Value call(const Picture& picture, std::string_view method, const Arguments& arguments = {});
     /// Writes to an assignable method: `host.assign(photo, "EmbeddedMaskQVR", {true}, mask)`.
-    Value assign(
-        const Picture& picture, std::string_view method, const Arguments& arguments, const Value& value);
+    Value assign(const Picture& picture, std::string_view method, const Arguments& arguments,
+                 const Value& value);
     Value callGlobal(std::string_view method, const Arguments& arguments = {});
 
     /// What the plug-in has registered.
@@ -141,11 +146,13 @@ public:
     SystemSwitches& system();
     /// The quirks that pictures made by the plug-in get.
     PictureQuirks& newPictureQuirks();
-    /// Lets a host function exist or not. The plug-in keeps what it has found, so only names not yet used can vanish.
+    /// Lets a host function exist or not. The plug-in keeps what it has found, so only names not yet used can
+    /// vanish.
     void setAbsent(const std::string& name, bool absent = true);
 
-    /// The calls of the plug-in so far, in order: host, system and QuickDraw functions, malloc, calloc and free, as
-    /// "newPicture(640, 480, 32)" or "REALUnlockObject(picture#2)". Look-ups by the resolver are not in it.
+    /// The calls of the plug-in so far, in order: host, system and QuickDraw functions, malloc, calloc and
+    /// free, as "newPicture(640, 480, 32)" or "REALUnlockObject(picture#2)". Look-ups by the resolver are not
+    /// in it.
     const std::vector<std::string>& callLog() const;
     void clearCallLog();
     /// How often the plug-in asked the resolver for a name.

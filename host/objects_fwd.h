@@ -5,5 +5,6 @@ namespace standin
 
 class Core;
 struct Object;
+struct PictureObject;
 
 } // namespace standin

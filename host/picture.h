@@ -36,19 +36,20 @@ struct Pixel
 /// Ways in which a picture can be broken towards the plug-in; all off at first.
 struct PictureQuirks
 {
-    bool lockFails = false;         ///< the three-argument lock gives false
-    bool nullData = false;          ///< the description's data pointer (GWorld or bitmap) is null
-    bool nullPixMap = false;        ///< GetGWorldPixMap gives null
-    bool lockPixelsFails = false;   ///< LockPixels gives false
-    bool nullBaseAddress = false;   ///< GetPixBaseAddr gives null
-    bool noSizeProperties = false;  ///< "Width" and "Height" cannot be read
+    bool lockFails = false;             ///< the three-argument lock gives false
+    bool nullData = false;              ///< the description's data pointer (GWorld or bitmap) is null
+    bool nullPixMap = false;            ///< GetGWorldPixMap gives null
+    bool lockPixelsFails = false;       ///< LockPixels gives false
+    bool nullBaseAddress = false;       ///< GetPixBaseAddr gives null
+    bool noSizeProperties = false;      ///< "Width" and "Height" cannot be read
     std::optional<int> depth;           ///< what GetPixDepth says instead of the truth
     std::optional<int> descriptionType; ///< type written into the description instead of the true one
     std::optional<int> describedWidth;  ///< width written into the description and given as "Width"
     std::optional<int> describedHeight; ///< height written into the description and given as "Height"
 };
 
-/// A host picture with direct access to its pixels; owns a reference. Coordinates outside of the picture throw Error.
+/// A host picture with direct access to its pixels; owns a reference. Coordinates outside of the picture
+/// throw Error.
 class Picture : public Reference
 {
 public:
@@ -67,7 +68,8 @@ public:
     std::uint8_t* row(int y);
     const std::uint8_t* row(int y) const;
     void fill(Pixel pixel);
-    /// Sets all pixels from packed rows of R, G, B; alpha becomes what the plug-in's writers put there (255 in A, 0 in X).
+    /// Sets all pixels from packed rows of R, G, B; alpha becomes what the plug-in's writers put there (255
+    /// in A, 0 in X).
     void setRgb(std::span<const std::uint8_t> rgb);
     /// Sets all pixels from packed rows of R, G, B, A; A is stored as it is.
     void setRgba(std::span<const std::uint8_t> rgba);
@@ -83,7 +85,8 @@ public:
 
     /// How often the plug-in asked the host to drop this picture's cached rendering.
     int cacheClears() const;
-    /// Whether no byte outside of the rows' pixels was written (guard pages catch what lies further out at once).
+    /// Whether no byte outside of the rows' pixels was written (guard pages catch what lies further out at
+    /// once).
     bool paddingIntact() const;
     /// How this picture misbehaves; write to it.
     PictureQuirks& quirks();
@@ -92,8 +95,11 @@ public:
 
 private:
     friend class Core;
-    friend class Value;
     using Reference::Reference;
+
+    PictureObject& picture() const;
+    std::uint8_t* bytesAt(int x, int y) const;
+    std::vector<std::uint8_t> packed(std::size_t tupleSize) const;
 };
 
 /// The first place where two pictures differ.
@@ -114,9 +120,10 @@ enum class Compare
     ColorsAndAlpha, ///< the spare byte too
 };
 
-/// Compares pixel by pixel, whatever the storages; nothing when all are the same. Throws Error when sizes differ.
-std::optional<PixelDifference> firstDifference(
-    const Picture& wanted, const Picture& got, Compare compare = Compare::Colors);
+/// Compares pixel by pixel, whatever the storages; nothing when all are the same. Throws Error when sizes
+/// differ.
+std::optional<PixelDifference> firstDifference(const Picture& wanted, const Picture& got,
+                                               Compare compare = Compare::Colors);
 /// Same size and same red, green and blue everywhere.
 bool sameColors(const Picture& a, const Picture& b);
 

@@ -7,8 +7,8 @@
 namespace standin
 {
 
-/// Owns one reference of a host object, and keeps the host alive as long. Copies own a reference of their own. Base of
-/// `Picture`, `String`, `MemoryBlock` and `Instance`; an empty one is the language's nil.
+/// Owns one reference of a host object, and keeps the host alive as long. Copies own a reference of their
+/// own. Base of `Picture`, `String`, `MemoryBlock` and `Instance`; an empty one is the language's nil.
 class Reference
 {
 public:
@@ -18,10 +18,19 @@ public:
     Reference& operator=(Reference other) noexcept;
     ~Reference();
 
-    explicit operator bool() const { return target != nullptr; }
-    bool isNil() const { return target == nullptr; }
+    explicit operator bool() const
+    {
+        return target != nullptr;
+    }
+    bool isNil() const
+    {
+        return target == nullptr;
+    }
     /// Whether both are the same host object.
-    bool operator==(const Reference& other) const { return target == other.target; }
+    bool operator==(const Reference& other) const
+    {
+        return target == other.target;
+    }
     /// The handle that the plug-in sees, or null.
     void* handle() const;
     /// All references that exist now, this one included.
@@ -32,6 +41,9 @@ protected:
 
     /// Takes over a reference that exists already (`adopt`), or adds one.
     Reference(std::shared_ptr<Core> host, Object* object, bool adopt);
+
+    /// The object; throws Error when this is nil.
+    Object& object() const;
 
     std::shared_ptr<Core> core;
     Object* target = nullptr;

@@ -34,14 +34,18 @@ struct RegisteredProperty
     std::intptr_t parameter = 0;
 
     /// Whether the host reads and writes the field by itself (all bits of the getter set).
-    bool isField() const { return reinterpret_cast<std::intptr_t>(getter) == -1; }
+    bool isField() const
+    {
+        return reinterpret_cast<std::intptr_t>(getter) == -1;
+    }
 };
 
 /// A class or class extension as it reached the host.
 struct RegisteredClass
 {
     REALclassDefinition* definition = nullptr; ///< the very record; the host word was written into it
-    std::array<std::uint32_t, 25> words{};     ///< the record's words on arrival, before the host word was written
+    std::array<std::uint32_t, 25>
+        words{}; ///< the record's words on arrival, before the host word was written
     int version = 0;
     std::string name;
     std::optional<std::string> superName;
@@ -52,7 +56,13 @@ struct RegisteredClass
     std::vector<RegisteredMethod> methods;
     std::vector<RegisteredProperty> sharedProperties;
     std::vector<RegisteredMethod> sharedMethods;
+    REALanyFunction constructor = nullptr;
+    REALanyFunction destructor = nullptr;
 };
+
+/// The methods of a name, in their order.
+std::vector<const RegisteredMethod*> methodsNamed(const std::vector<RegisteredMethod>& methods,
+                                                  std::string_view name);
 
 /// Everything that the plug-in has registered.
 struct Registered

@@ -48,7 +48,8 @@ public:
     std::span<const std::uint8_t> bytes() const;
     /// Entry `index` as 32-bit little-endian integer, for histograms.
     std::int32_t int32(int index) const;
-    /// What "memoryBlockGetSize" is to answer from now on, whatever the true size; -1 is a size that is not known.
+    /// What "memoryBlockGetSize" is to answer from now on, whatever the true size; -1 is a size that is not
+    /// known.
     void reportSize(int size);
     /// Makes "memoryBlockGetPtr" give null.
     void hidePointer();
@@ -63,8 +64,8 @@ struct RaisedException
 {
     std::string className;
     std::string message;
-    bool messageIsNull = true;            ///< "Message" was set to no string, or never
-    std::uint32_t messageEncoding = 0;    ///< encoding of the message string
+    bool messageIsNull = true;               ///< "Message" was set to no string, or never
+    std::uint32_t messageEncoding = 0;       ///< encoding of the message string
     std::optional<std::int32_t> errorNumber; ///< nothing when "ErrorNumber" was never set
 };
 
@@ -76,13 +77,18 @@ struct VariableArgument
     Value* variable;
 };
 
-/// A value of the host's language: an argument, a result or a property. A result also tells about a raised exception.
+/// A value of the host's language: an argument, a result or a property. A result also tells about a raised
+/// exception.
 class Value
 {
 public:
     Value() = default;
-    Value(std::nullptr_t) {}
-    Value(bool value) : content(value) {}
+    Value(std::nullptr_t)
+    {
+    }
+    Value(bool value) : content(value)
+    {
+    }
     template <std::signed_integral Integer>
     Value(Integer value) : content(static_cast<std::int32_t>(value))
     {
@@ -92,16 +98,27 @@ public:
     Value(Unsigned value) : content(static_cast<std::uint32_t>(value))
     {
     }
-    Value(double value) : content(value) {}
+    Value(double value) : content(value)
+    {
+    }
     Value(Picture value);
     Value(MemoryBlock value);
     Value(String value);
     /// Text: becomes a host string (UTF-8) when it is passed on.
-    Value(const char* text) : content(std::string(text)) {}
-    Value(std::string text) : content(std::move(text)) {}
-    Value(VariableArgument variable) : content(variable) {}
+    Value(const char* text) : content(std::string(text))
+    {
+    }
+    Value(std::string text) : content(std::move(text))
+    {
+    }
+    Value(VariableArgument variable) : content(variable)
+    {
+    }
 
-    bool isNil() const { return std::holds_alternative<std::nullptr_t>(content); }
+    bool isNil() const
+    {
+        return std::holds_alternative<std::nullptr_t>(content);
+    }
     /// Each gives the value, and throws Error when the value is of another type. Handles may be nil.
     bool boolean() const;
     std::int32_t integer() const;
@@ -112,15 +129,23 @@ public:
     String string() const;
 
     /// The exception that the call raised whose result this is.
-    const std::optional<RaisedException>& exception() const { return raised; }
+    const std::optional<RaisedException>& exception() const
+    {
+        return raised;
+    }
     /// For messages: "42", "true", "picture#3 640 x 480", "nil".
     std::string describe() const;
 
+    /// What a value can hold; text is not yet a host string.
+    using Content = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double, std::string,
+                                 Picture, MemoryBlock, String, VariableArgument>;
+    const Content& held() const
+    {
+        return content;
+    }
+
 private:
     friend class Core;
-
-    using Content = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double, std::string, Picture,
-        MemoryBlock, String, VariableArgument>;
 
     Content content = nullptr;
     std::optional<RaisedException> raised;

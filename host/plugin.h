@@ -1,0 +1,42 @@
+#pragma once
+
+#include "abi/host_abi.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin
+{
+
+/// A loaded copy of the plug-in; unloaded by the destructor.
+class Plugin
+{
+public:
+    using EntryPoint = void (*)(REALresolver);
+
+    virtual ~Plugin() = default;
+    virtual EntryPoint entryPoint() const = 0;
+};
+
+/// The address of a function or variable of the system that the plug-in may import, by its C name; null when
+/// there is none.
+void* findImport(std::string_view name);
+
+/// The host's own "malloc", "calloc" or "free", which count; null for other names. Both loaders put them in
+/// the place of the C library's.
+void* findReplacement(std::string_view name);
+
+/// Maps an i386 Mach-O bundle. Throws Error when the file is none or damaged, or imports what `findImport`
+/// lacks.
+std::unique_ptr<Plugin> loadMachO(const std::string& path);
+
+/// Loads an i386 ELF shared object: a copy of its own, whatever else the process has loaded. Throws Error
+/// likewise.
+std::unique_ptr<Plugin> loadElf(const std::string& path);
+
+/// Reads a whole file. Throws Error when that fails.
+std::vector<unsigned char> readFile(const std::string& path);
+
+} // namespace standin
