@@ -20,12 +20,15 @@ std::uint8_t& level(Pixel& pixel, Channel channel)
 
 Picture replaceChannel(const Picture& self, const Picture& source, Channel channel)
 {
-    Picture result = self;
+    Picture result{self.width, self.height};
     for (int y = 0; y < self.height; ++y)
         for (int x = 0; x < self.width; ++x)
         {
             Pixel from = source.at(x, y);
-            level(result.at(x, y), channel) = level(from, channel);
+            Pixel& pixel = result.at(x, y);
+            pixel = self.at(x, y);
+            level(pixel, channel) = level(from, channel);
+            pixel.alpha = 255;
         }
     return result;
 }

@@ -3,6 +3,7 @@
 #include "tests/reference/arithmetic.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace reference
 {
@@ -226,7 +227,7 @@ std::optional<Waveform> renderWaveform(std::span<const std::uint8_t> samples,
         else
         {
             ++waveform.emptyColumns;
-            negative[x] = positive[x] = notANumber;
+            negative[x] = positive[x] = std::numeric_limits<double>::quiet_NaN();
         }
         if (positive[x] > peak)
             peak = positive[x];
