@@ -17,3 +17,10 @@ set(CMAKE_CXX_CREATE_SHARED_MODULE
     "${PICTUREQVR_MACOS_LINKER} -arch i386 -macosx_version_min 10.6 -sdk_version 10.6 -bundle \
 -exported_symbols_list ${CMAKE_CURRENT_LIST_DIR}/macos/exports.txt \
 <OBJECTS> ${PICTUREQVR_MACOS_STUBS} -o <TARGET>")
+
+# The same linker finds a constant by the symbol in front of it, and of the constants in __TEXT,__const without a symbol
+# always takes the first. So the compiler's labels are made symbols on the way.
+set(CMAKE_CXX_COMPILE_OBJECT
+    "<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -S -o <OBJECT>.s <SOURCE>"
+    "sed -E -i -f ${CMAKE_CURRENT_LIST_DIR}/macos/name_constants.sed <OBJECT>.s"
+    "<CMAKE_CXX_COMPILER> -c -o <OBJECT> <OBJECT>.s")
