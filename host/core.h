@@ -138,6 +138,11 @@ public:
     Ledger takeLedger() const;
     void* resolve(const char* name);
 
+    void* symbol(std::string_view name) const
+    {
+        return plugin->symbol(name);
+    }
+
     void* allocate(std::size_t size, bool stringData);
     bool free(void* block, const char* caller);
 

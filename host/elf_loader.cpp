@@ -151,12 +151,45 @@ private:
     Relocations calls;
 };
 
+/// The offset from the load address of a symbol, those included that are not exported; 0 when there is none.
+Elf32_Addr symbolOffset(const std::vector<unsigned char>& bytes, std::string_view name)
+{
+    const auto read = [&bytes](auto& record, std::uint64_t offset) {
+        const bool inside = offset + sizeof record <= bytes.size();
+        if (inside)
+            std::memcpy(&record, bytes.data() + offset, sizeof record);
+        return inside;
+    };
+    Elf32_Ehdr header{};
+    read(header, 0);
+    for (unsigned index = 0; index < header.e_shnum; ++index)
+    {
+        Elf32_Shdr table{};
+        Elf32_Shdr names{};
+        if (!read(table, header.e_shoff + std::uint64_t{index} * sizeof table) ||
+            table.sh_type != SHT_SYMTAB ||
+            !read(names, header.e_shoff + std::uint64_t{table.sh_link} * sizeof names))
+            continue;
+        Elf32_Sym symbol{};
+        for (std::uint64_t at = 0; at + sizeof symbol <= table.sh_size && read(symbol, table.sh_offset + at);
+             at += sizeof symbol)
+        {
+            const std::size_t text = names.sh_offset + symbol.st_name;
+            if (text + name.size() < bytes.size() && bytes[text + name.size()] == 0 &&
+                std::memcmp(bytes.data() + text, name.data(), name.size()) == 0)
+                return symbol.st_value;
+        }
+    }
+    return 0;
+}
+
 class ElfPlugin : public Plugin
 {
 public:
-    explicit ElfPlugin(const std::string& path) : copy(memfd_create("PictureQVR", MFD_CLOEXEC))
+    explicit ElfPlugin(const std::string& path)
+        : copy(memfd_create("PictureQVR", MFD_CLOEXEC)),
+          bytes(readFile(path))
     {
-        const std::vector<unsigned char> bytes = readFile(path);
         checkElf(bytes, path);
         // The dynamic linker loads a file once only; a copy without name is a file of its own, with variables
         // of its own.
@@ -177,12 +210,20 @@ public:
         link_map* map = nullptr;
         if (dlinfo(library.get(), RTLD_DI_LINKMAP, &map) != 0)
             throw Error(path + ": its imports cannot be read");
+        base = map->l_addr;
         ImportPatch(*map).apply();
     }
 
     EntryPoint entryPoint() const override
     {
         return entry;
+    }
+
+    void* symbol(std::string_view name) const override
+    {
+        const Elf32_Addr offset = symbolOffset(bytes, name);
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): ELF keeps addresses as numbers
+        return offset == 0 ? nullptr : reinterpret_cast<void*>(base + offset);
     }
 
 private:
@@ -197,6 +238,8 @@ private:
     /// Stays open as long as the library is loaded: the linker knows libraries by path, and the number is in
     /// it.
     File copy;
+    std::vector<unsigned char> bytes;
+    Elf32_Addr base = 0;
     std::unique_ptr<void, Close> library;
     EntryPoint entry = nullptr;
 };

@@ -134,6 +134,11 @@ int Host::lookups(const std::string& name) const
     return found == core->lookups.end() ? 0 : found->second;
 }
 
+std::int32_t* Host::pluginVariable(const std::string& name)
+{
+    return static_cast<std::int32_t*>(core->symbol(name));
+}
+
 const RegisteredClass& Instance::definition() const
 {
     return static_cast<InstanceObject&>(object()).definition;

@@ -157,6 +157,9 @@ public:
     void clearCallLog();
     /// How often the plug-in asked the resolver for a name.
     int lookups(const std::string& name) const;
+    /// A 32-bit variable of the plug-in's own by its C name, for switches that only tests turn; null when its
+    /// symbol table has none of that name.
+    std::int32_t* pluginVariable(const std::string& name);
 
 private:
     std::shared_ptr<Core> core;

@@ -237,6 +237,12 @@ public:
         return entry;
     }
 
+    void* symbol(std::string_view name) const override
+    {
+        const std::uint32_t address = symbolAddress("_" + std::string(name));
+        return address == 0 ? nullptr : at(address, wordSize);
+    }
+
 private:
     struct Unmap
     {
@@ -519,7 +525,7 @@ private:
     {
         std::uint32_t address = hasDyldInfo && dyldInfo.exports.size != 0 ? exportedAddress() : 0;
         if (address == 0)
-            address = symbolAddress();
+            address = symbolAddress(entryName);
         if (address == 0)
             image.fail("exports no REALPluginMain");
         return reinterpret_cast<EntryPoint>(at(address, 1));
@@ -563,14 +569,13 @@ private:
         }
     }
 
-    std::uint32_t symbolAddress() const
+    std::uint32_t symbolAddress(std::string_view name) const
     {
         for (std::uint32_t index = 0; index < symbolTable.symbolCount; ++index)
         {
             const auto symbol =
                 image.read<Symbol>(symbolTable.symbols + std::uint64_t{index} * sizeof(Symbol));
-            if (symbol.section != 0 &&
-                image.text(std::uint64_t{symbolTable.strings} + symbol.name) == entryName)
+            if (symbol.section != 0 && image.text(std::uint64_t{symbolTable.strings} + symbol.name) == name)
                 return symbol.value;
         }
         return 0;

@@ -18,6 +18,8 @@ public:
 
     virtual ~Plugin() = default;
     virtual EntryPoint entryPoint() const = 0;
+    /// Where a symbol of the file lies now, by its C name; null when the file's symbol table lacks it.
+    virtual void* symbol(std::string_view name) const = 0;
 };
 
 /// The address of a function or variable of the system that the plug-in may import, by its C name; null when

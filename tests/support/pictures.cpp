@@ -286,6 +286,38 @@ standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, co
     return result.picture();
 }
 
+void expectNil(TestHost& host, const standin::Picture& source, const std::string& method,
+               const standin::Arguments& arguments)
+{
+    const standin::Value result = host.call(source, method, arguments);
+    const std::string text = callText(method, arguments);
+    EXPECT_TRUE(result.picture().isNil()) << text << " gave " << result.describe();
+    EXPECT_FALSE(result.exception().has_value()) << text;
+    host.expectBalanced("after " + text);
+}
+
+void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
+                                 const standin::Arguments& arguments, bool largestGivesPicture)
+{
+    constexpr int largest = 32767;
+    for (const auto& [width, height] : {std::pair{0, 3}, {3, 0}, {0, 0}, {largest + 1, 1}, {1, largest + 1}})
+    {
+        SCOPED_TRACE(sizeText(width, height));
+        expectNil(host, host.newPicture(width, height), method, arguments);
+    }
+    if (!largestGivesPicture)
+        return;
+    for (const auto& [width, height] : {std::pair{largest, 1}, {1, largest}})
+    {
+        standin::Picture photo = host.newPicture(width, height);
+        photo.fill({1, 2, 3, 4});
+        const standin::Picture result = host.call(photo, method, arguments).picture();
+        ASSERT_FALSE(result.isNil()) << callText(method, arguments) << " on " << sizeText(width, height);
+        EXPECT_EQ(result.width(), width);
+        EXPECT_EQ(result.height(), height);
+    }
+}
+
 std::string storageName(standin::Storage storage)
 {
     constexpr const char* names[] = {"GWorld32", "GWorld24", "GWorld16", "GWorld8", "Bitmap", "Drawable"};

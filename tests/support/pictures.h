@@ -99,4 +99,14 @@ standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, co
                             const std::string& method, const standin::Arguments& arguments = {},
                             Alpha alpha = Alpha::Opaque);
 
+/// Calls a method whose result is a picture and demands nil, without an exception and with nothing left
+/// locked.
+void expectNil(TestHost& host, const standin::Picture& source, const std::string& method,
+               const standin::Arguments& arguments = {});
+
+/// Demands nil for pictures without columns or rows and for those a pixel wider or higher than 32767, and a
+/// picture for those that are just as large. `largestGivesPicture`: false to leave out the latter.
+void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
+                                 const standin::Arguments& arguments = {}, bool largestGivesPicture = true);
+
 std::string storageName(standin::Storage storage);
