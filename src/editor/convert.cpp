@@ -1,4 +1,5 @@
 #include "editor/runs.h"
+#include "platform/c_library.h"
 
 namespace qvr
 {
@@ -32,19 +33,31 @@ QVR_INLINE inline void storeBytes(uint8_t* address, Bytes16 bytes)
     __builtin_memcpy(address, &bytes, sizeof bytes);
 }
 
-/// Both 4-byte formats have the colour's bytes in opposite orders.
-void reverseWords(const uint8_t* source, uint8_t* destination, int32_t count, uint32_t kept, uint32_t added)
+/// Whether a format has the colour's bytes in the order red, green, blue.
+template <class Format>
+constexpr bool redFirst = Format::redShift < Format::blueShift;
+
+/// The two 4-byte formats have their bytes in opposite orders.
+void reverseWords(const uint8_t* source, uint8_t* destination, int32_t count, uint32_t kept)
 {
     for (int32_t i = 0; i < count; ++i)
-        storeWord(destination + i * 4, (__builtin_bswap32(loadWord(source + i * 4)) & kept) | added);
+        storeWord(destination + i * 4, __builtin_bswap32(loadWord(source + i * 4)) & kept);
 }
 
-uint32_t opaque(uint32_t colour)
+/// A pixel whose red, green and blue are bytes 1 to 3 of `colour`, as a word of the format, and back.
+template <class Format>
+uint32_t wordOfBytes(uint32_t colour)
 {
-    return colour | ARGB32::spare;
+    return redFirst<Format> ? colour | Format::spare : __builtin_bswap32(colour);
+}
+template <class Format>
+uint32_t bytesOfWord(uint32_t word)
+{
+    return redFirst<Format> ? word : __builtin_bswap32(word);
 }
 
-/// Four pixels from three words at a time.
+/// From the 3-byte format, four pixels from three words at a time.
+template <class Format>
 void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
@@ -53,80 +66,106 @@ void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t first = loadWord(source);
         const uint32_t second = loadWord(source + 4);
         const uint32_t third = loadWord(source + 8);
-        storeWord(destination, opaque(first << 8));
-        storeWord(destination + 4, opaque((first >> 16 & 0xFF00U) | second << 16));
-        storeWord(destination + 8, opaque((second >> 8 & 0xFFFF00U) | third << 24));
-        storeWord(destination + 12, opaque(third & 0xFFFFFF00U));
+        storeWord(destination, wordOfBytes<Format>(first << 8));
+        storeWord(destination + 4, wordOfBytes<Format>((first >> 16 & 0xFF00U) | second << 16));
+        storeWord(destination + 8, wordOfBytes<Format>((second >> 8 & 0xFFFF00U) | third << 24));
+        storeWord(destination + 12, wordOfBytes<Format>(third & 0xFFFFFF00U));
     }
     for (; i < count; ++i, source += 3, destination += 4)
-        storeWord(destination, opaque(static_cast<uint32_t>(source[0]) << 8 | static_cast<uint32_t>(source[1]) << 16 |
-                                      static_cast<uint32_t>(source[2]) << 24));
+        storeWord(destination, wordOfBytes<Format>(static_cast<uint32_t>(source[0]) << 8 |
+                                                   static_cast<uint32_t>(source[1]) << 16 |
+                                                   static_cast<uint32_t>(source[2]) << 24));
 }
 
-/// Three words from four pixels at a time.
+/// To the 3-byte format, three words from four pixels at a time.
+template <class Format>
 void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
     for (; i + 4 <= count; i += 4, source += 16, destination += 12)
     {
-        const uint32_t second = loadWord(source + 4);
-        const uint32_t third = loadWord(source + 8);
-        storeWord(destination, loadWord(source) >> 8 | (second & 0xFF00U) << 16);
+        const uint32_t first = bytesOfWord<Format>(loadWord(source));
+        const uint32_t second = bytesOfWord<Format>(loadWord(source + 4));
+        const uint32_t third = bytesOfWord<Format>(loadWord(source + 8));
+        const uint32_t fourth = bytesOfWord<Format>(loadWord(source + 12));
+        storeWord(destination, first >> 8 | (second & 0xFF00U) << 16);
         storeWord(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
-        storeWord(destination + 8, third >> 24 | (loadWord(source + 12) & 0xFFFFFF00U));
+        storeWord(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
     }
     for (; i < count; ++i, source += 4, destination += 3)
     {
-        destination[0] = source[1];
-        destination[1] = source[2];
-        destination[2] = source[3];
+        const uint32_t pixel = bytesOfWord<Format>(loadWord(source));
+        destination[0] = static_cast<uint8_t>(pixel >> 8);
+        destination[1] = static_cast<uint8_t>(pixel >> 16);
+        destination[2] = static_cast<uint8_t>(pixel >> 24);
     }
 }
 
 /// Four pixels by one shuffle. A vector reaches four bytes past its twelve, so the last pixels are left to the narrow
 /// loop.
+template <class Format>
 QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
-    const Bytes16 alpha = {255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0};
+    const Bytes16 spare = Bytes16{} + static_cast<uint8_t>(Format::spare);
     int32_t i = 0;
     for (; i + 6 <= count; i += 4, source += 12, destination += 16)
     {
         const Bytes16 packed = loadBytes(source);
-        storeBytes(destination, __builtin_shufflevector(packed, alpha, 16, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16, 9, 10, 11));
+        if constexpr (redFirst<Format>)
+            storeBytes(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16,
+                                                            9, 10, 11));
+        else
+            storeBytes(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16, 8, 7, 6, 16, 11,
+                                                            10, 9, 16));
     }
-    expandNarrow(source, destination, count - i);
+    expandNarrow<Format>(source, destination, count - i);
 }
 
+template <class Format>
 QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
     for (; i + 6 <= count; i += 4, source += 16, destination += 12)
     {
         const Bytes16 pixels = loadBytes(source);
-        storeBytes(destination,
-                   __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1, -1));
+        if constexpr (redFirst<Format>)
+            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15,
+                                                            -1, -1, -1, -1));
+        else
+            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12,
+                                                            -1, -1, -1, -1));
     }
-    compactNarrow(source, destination, count - i);
+    compactNarrow<Format>(source, destination, count - i);
+}
+
+template <class Format>
+void expand(const uint8_t* source, uint8_t* destination, int32_t count)
+{
+    (wideLanesAvailable() ? expandWide<Format> : expandNarrow<Format>)(source, destination, count);
+}
+
+template <class Format>
+void compact(const uint8_t* source, uint8_t* destination, int32_t count)
+{
+    (wideLanesAvailable() ? compactWide<Format> : compactNarrow<Format>)(source, destination, count);
 }
 
 } // namespace
 
-void convertToARGB32(int32_t format, const uint8_t* source, uint8_t* destination, int32_t count)
+void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat, uint8_t* destination,
+                   int32_t count)
 {
-    if (format == PixelFormatBGRX32)
-        reverseWords(source, destination, count, ARGB32::colourMask, ARGB32::spare);
-    else if (format == PixelFormatRGB24)
-        (wideLanesAvailable() ? expandWide : expandNarrow)(source, destination, count);
+    const bool fromRGB24 = sourceFormat == PixelFormatRGB24;
+    const bool toRGB24 = destinationFormat == PixelFormatRGB24;
+    if (fromRGB24 && toRGB24)
+        libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
+    else if (fromRGB24)
+        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination, count);
+    else if (toRGB24)
+        (sourceFormat == PixelFormatARGB32 ? compact<ARGB32> : compact<BGRX32>)(source, destination, count);
     else
-        reverseWords(source, destination, count, 0, 0);
-}
-
-void convertFromARGB32(const uint8_t* source, int32_t format, uint8_t* destination, int32_t count)
-{
-    if (format == PixelFormatBGRX32)
-        reverseWords(source, destination, count, BGRX32::colourMask, BGRX32::spare);
-    else if (format == PixelFormatRGB24)
-        (wideLanesAvailable() ? compactWide : compactNarrow)(source, destination, count);
+        reverseWords(source, destination, count,
+                     destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);
 }
 
 } // namespace qvr

@@ -57,13 +57,6 @@ bool IsUsableBitmap(const REALpictureDescription& description)
            BitmapRowTable(description) != nullptr;
 }
 
-/// An integer property of a picture; a failed read counts as 0.
-int32_t IntegerProperty(REALpictureStruct* picture, const char* name)
-{
-    int32_t value = 0;
-    return host.REALGetPropValueInt(picture, name, &value) ? value : 0;
-}
-
 bool BitmapsHaveSameSize(const REALpictureDescription& first, const REALpictureDescription& second)
 {
     return BitmapWord(first, bitmapKindWord) == 0 && BitmapWord(second, bitmapKindWord) == 0 &&
@@ -172,8 +165,8 @@ bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write
         // The description is left locked here: the host's own bookkeeping expects no unlock for these pictures.
         if (copyAllowed)
         {
-            const int32_t copyWidth = IntegerProperty(source, "Width");
-            const int32_t copyHeight = IntegerProperty(source, "Height");
+            const int32_t copyWidth = REALGetPropValueInt32(source, "Width");
+            const int32_t copyHeight = REALGetPropValueInt32(source, "Height");
             if (REALpictureStruct* copy = DrawCopy(source, copyWidth, copyHeight))
                 return LockCopy(copy, read);
         }

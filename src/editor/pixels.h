@@ -24,6 +24,14 @@ constexpr uint32_t blueOf(uint32_t colour)
     return colour & 255;
 }
 
+/// The places of a pixel's colour.
+enum class Channel : uint8_t
+{
+    Red,
+    Green,
+    Blue,
+};
+
 /// A 4-byte pixel format as a little-endian 32-bit word: where the channels stand and what fills the spare byte.
 template <PixelFormat Code, int Red, int Green, int Blue, uint32_t Spare>
 struct WordFormat
@@ -36,18 +44,34 @@ struct WordFormat
     static constexpr uint32_t greenMask = 255U << Green;
     static constexpr uint32_t blueMask = 255U << Blue;
     static constexpr uint32_t colourMask = redMask | greenMask | blueMask;
+    static constexpr int spareShift = Red == 8 ? 0 : 24;
     /// What a writer puts into the byte beside the colour.
     static constexpr uint32_t spare = Spare;
+
+    /// Where two neighbouring channels must agree with the two beside them for a pixel to be grey.
+    static constexpr uint32_t greyMask = colourMask & colourMask >> 8;
 
     /// A host colour in this format, its spare byte 0.
     static constexpr uint32_t wordOf(uint32_t colour)
     {
         return redOf(colour) << Red | greenOf(colour) << Green | blueOf(colour) << Blue;
     }
+
+    static constexpr uint32_t maskOf(Channel channel)
+    {
+        return channel == Channel::Red ? redMask : channel == Channel::Green ? greenMask : blueMask;
+    }
 };
 
 using ARGB32 = WordFormat<PixelFormatARGB32, 8, 16, 24, 0x000000FF>;
 using BGRX32 = WordFormat<PixelFormatBGRX32, 16, 8, 0, 0>;
+
+/// Words that are stored as they are, spare byte included.
+template <class LaneType>
+struct RawWords
+{
+    typename LaneType::Words words;
+};
 
 /// Three channels of `LaneType::count` pixels, each value 0 to 255.
 template <class LaneType>
@@ -93,10 +117,22 @@ struct Pixels
         return channel<Format::blueShift>();
     }
 
+    /// The byte beside the colour: alpha in `ARGB32`.
+    QVR_INLINE Integers spareByte() const
+    {
+        return channel<Format::spareShift>();
+    }
+
     /// The words with 0 in the spare byte.
     QVR_INLINE Words colours() const
     {
         return words & Format::colourMask;
+    }
+
+    /// -1 where red, green and blue are equal.
+    QVR_INLINE Integers isGrey() const
+    {
+        return ((words ^ words >> 8) & Format::greyMask) == Words{};
     }
 
     /// -1 where the pixel has the host colour `colour`, whatever its spare byte.
@@ -116,6 +152,21 @@ struct Pixels
         return {~words};
     }
 
+    /// The pixels with one channel taken from others.
+    QVR_INLINE Pixels withChannel(Channel channel, Pixels others) const
+    {
+        const uint32_t mask = Format::maskOf(channel);
+        return {(words & ~mask) | (others.words & mask)};
+    }
+
+    /// Channel by channel the larger of two values.
+    QVR_INLINE static Pixels larger(Pixels first, Pixels second)
+    {
+        typedef uint8_t Bytes __attribute__((vector_size(sizeof(Words))));
+        return {reinterpret_cast<Words>(
+            __builtin_elementwise_max(reinterpret_cast<Bytes>(first.words), reinterpret_cast<Bytes>(second.words)))};
+    }
+
     /// Lane by lane `first` where `mask` is -1 and `second` where it is 0.
     QVR_INLINE static Pixels select(Integers mask, Pixels first, Pixels second)
     {
@@ -128,6 +179,10 @@ struct Pixels
     QVR_INLINE static Words stored(Pixels result)
     {
         return result.colours() | Format::spare;
+    }
+    QVR_INLINE static Words stored(RawWords<Lane> result)
+    {
+        return result.words;
     }
     QVR_INLINE static Words stored(const Channels<Lane>& result)
     {
@@ -179,5 +234,17 @@ private:
             __builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
     }
 };
+
+/// The colour of one pixel inside the picture, as a host colour.
+uint32_t colourAt(const PictureEditor& picture, int32_t x, int32_t y);
+
+/// Gives one pixel inside the picture a host colour, its spare byte what writers put there.
+void setColourAt(const PictureEditor& picture, int32_t x, int32_t y, uint32_t colour);
+
+/// Where the red byte of a pixel stands in a format, in bytes.
+constexpr int32_t redByteOf(int32_t format)
+{
+    return format == PixelFormatARGB32 ? ARGB32::redShift / 8 : format == PixelFormatBGRX32 ? BGRX32::redShift / 8 : 0;
+}
 
 } // namespace qvr

@@ -1,5 +1,7 @@
 #include "editor/runs.h"
 
+#include "editor/copy.h"
+
 namespace qvr
 {
 
@@ -9,39 +11,44 @@ namespace
 /// Pixels of a converted block: four such blocks fit the first-level cache.
 constexpr int32_t convertedBlock = 1024;
 
-/// Results from this size on are stored around the cache: they would not stay in it anyway.
-constexpr int64_t streamedResultBytes = 4 << 20;
-
 struct ConvertedPixels
 {
     alignas(32) uint8_t bytes[convertedBlock * 4];
 };
 
-bool isStreamed(const PictureWriter* writer)
+/// Whether the destination is so large, and not a source as well, that storing around the cache pays.
+bool isStreamed(const PictureEditor* const* sources, int32_t sourceCount, const PictureEditor* destination)
 {
-    return writer != nullptr && static_cast<int64_t>(writer->rowBytes) * writer->height >= streamedResultBytes;
+    if (destination == nullptr ||
+        !isStreamedSize(static_cast<int64_t>(destination->rowBytes) * destination->height))
+        return false;
+    for (int32_t i = 0; i < sourceCount; ++i)
+        if (sources[i]->baseAddress == destination->baseAddress)
+            return false;
+    return true;
 }
 
-bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t sourceCount, const PictureWriter* writer)
+bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t sourceCount, const PictureEditor* destination)
 {
     for (int32_t i = 0; i < sourceCount; ++i)
         if (sources[i]->pixelFormat != format)
             return false;
-    return writer == nullptr || writer->pixelFormat == format;
+    return destination == nullptr || destination->pixelFormat == format;
 }
 
 bool visitRows(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
-               int32_t sourceCount, const PictureWriter* writer)
+               int32_t sourceCount, const PictureEditor* destination)
 {
     Run run{};
     run.count = block.columns;
-    run.streamed = isStreamed(writer);
+    run.streamed = isStreamed(sources, sourceCount, destination);
     for (int32_t row = block.top; row < block.bottom; ++row)
     {
+        run.row = row;
         for (int32_t i = 0; i < sourceCount; ++i)
             run.sources[i] = sources[i]->RowAddress(row) + block.byteOffset;
-        if (writer != nullptr)
-            run.destination = writer->RowAddress(row) + block.byteOffset;
+        if (destination != nullptr)
+            run.destination = destination->RowAddress(row) + block.byteOffset;
         if (!visit(visitor, run))
             return false;
     }
@@ -49,15 +56,17 @@ bool visitRows(VisitRun visit, const void* visitor, const Block& block, const Pi
 }
 
 bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
-                          int32_t sourceCount, const PictureWriter* writer)
+                          int32_t sourceCount, const PictureEditor* destination)
 {
     ConvertedPixels converted[mostSources];
     ConvertedPixels result;
     Run run{};
-    run.streamed = isStreamed(writer) && writer->pixelFormat == PixelFormatARGB32;
+    run.streamed = isStreamed(sources, sourceCount, destination) && destination->pixelFormat == PixelFormatARGB32;
     for (int32_t row = block.top; row < block.bottom; ++row)
         for (int32_t column = 0; column < block.columns; column += convertedBlock)
         {
+            run.row = row;
+            run.column = column;
             run.count = minimum(convertedBlock, block.columns - column);
             for (int32_t i = 0; i < sourceCount; ++i)
             {
@@ -67,23 +76,23 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
                 run.sources[i] = pixels;
                 if (source.pixelFormat == PixelFormatARGB32)
                     continue;
-                convertToARGB32(source.pixelFormat, pixels, converted[i].bytes, run.count);
+                convertPixels(source.pixelFormat, pixels, PixelFormatARGB32, converted[i].bytes, run.count);
                 run.sources[i] = converted[i].bytes;
             }
-            if (writer == nullptr)
+            if (destination == nullptr)
             {
                 if (!visit(visitor, run))
                     return false;
                 continue;
             }
             uint8_t* pixels =
-                writer->RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * writer->bytesPerPixel;
-            const bool inPlace = writer->pixelFormat == PixelFormatARGB32;
+                destination->RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * destination->bytesPerPixel;
+            const bool inPlace = destination->pixelFormat == PixelFormatARGB32;
             run.destination = inPlace ? pixels : result.bytes;
             if (!visit(visitor, run))
                 return false;
             if (!inPlace)
-                convertFromARGB32(result.bytes, writer->pixelFormat, pixels, run.count);
+                convertPixels(PixelFormatARGB32, result.bytes, destination->pixelFormat, pixels, run.count);
         }
     return true;
 }
@@ -120,15 +129,15 @@ Block blockOf(const PictureEditor& picture, const Rectangle& rectangle)
 }
 
 bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
-               const PictureWriter* writer)
+               const PictureEditor* destination)
 {
     if (block.empty())
         return true;
-    if (haveFormat(PixelFormatARGB32, sources, sourceCount, writer))
-        return visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, writer);
-    if (haveFormat(PixelFormatBGRX32, sources, sourceCount, writer))
-        return visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount, writer);
-    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, writer);
+    if (haveFormat(PixelFormatARGB32, sources, sourceCount, destination))
+        return visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, destination);
+    if (haveFormat(PixelFormatBGRX32, sources, sourceCount, destination))
+        return visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount, destination);
+    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, destination);
 }
 
 } // namespace qvr

@@ -56,6 +56,9 @@ struct Run
     /// Null in a walk that only reads.
     uint8_t* destination;
     int32_t count;
+    /// Where the run starts: its row in the pictures and its column in the block.
+    int32_t row;
+    int32_t column;
     /// The destination is large: storing around the cache saves reading it first.
     bool streamed;
 };
@@ -71,15 +74,15 @@ struct RunVisitor
     VisitRun visitBGRX32;
 };
 
-/// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the picture to write. The block must
-/// lie inside all of them. False when the visitor ended the walk.
+/// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the destination, which may be one of
+/// them. The block must lie inside all. False when the visitor ended the walk.
 bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
-               const PictureWriter* writer);
+               const PictureEditor* destination);
 
-/// Converts `count` pixels from any format to `ARGB32` (alpha 255).
-void convertToARGB32(int32_t format, const uint8_t* source, uint8_t* destination, int32_t count);
-
-/// Converts `count` pixels from `ARGB32` to any format, with the spare byte that the format wants.
-void convertFromARGB32(const uint8_t* source, int32_t format, uint8_t* destination, int32_t count);
+/// Converts `count` pixels from one format to another. The two differ, unless both are `PixelFormatRGB24`.
+///
+/// A spare byte gets what writers put there; only from `PixelFormatBGRX32` to `PixelFormatARGB32` it goes along.
+void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat, uint8_t* destination,
+                   int32_t count);
 
 } // namespace qvr

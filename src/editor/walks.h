@@ -55,25 +55,41 @@ struct RunLoop
         return lane < count;
     }
 
+    /// One bit a lane, set where the mask is -1.
+    QVR_INLINE static uint32_t bitsOf(Integers mask)
+    {
+        typedef float Quarter __attribute__((vector_size(16)));
+        if constexpr (Lane::count == 4)
+            return static_cast<uint32_t>(__builtin_ia32_movmskps(reinterpret_cast<Quarter>(mask)));
+        else
+        {
+            const auto low = __builtin_shufflevector(mask, mask, 0, 1, 2, 3);
+            const auto high = __builtin_shufflevector(mask, mask, 4, 5, 6, 7);
+            return static_cast<uint32_t>(__builtin_ia32_movmskps(reinterpret_cast<Quarter>(low)) |
+                                         __builtin_ia32_movmskps(reinterpret_cast<Quarter>(high)) << 4);
+        }
+    }
+
     QVR_INLINE static bool any(Integers mask)
     {
-        int32_t all = 0;
-        for (int32_t i = 0; i < Lane::count; ++i)
-            all |= mask[i];
-        return all != 0;
+        return bitsOf(mask) != 0;
     }
 };
 
-/// Calls a formula with the pixels of every source at one place of a run.
-template <int32_t SourceCount, class Load, class Formula>
-QVR_INLINE inline auto applyFormula(const Formula& formula, const Run& run, const Load& load)
+/// The formula's value for the pixels from `index` on; `load` fetches a vector of them. A formula without sources gets
+/// the place of the pixels to draw instead.
+template <int32_t SourceCount, class Loop, class Formula, class Load>
+QVR_INLINE inline auto formulaAt(const Formula& formula, const Run& run, int32_t index, const Load& load)
 {
-    if constexpr (SourceCount == 1)
-        return formula(load(run.sources[0]));
+    if constexpr (SourceCount == 0)
+        return formula(typename Loop::PixelVector{}, run.row, run.column + index);
+    else if constexpr (SourceCount == 1)
+        return formula(load(run.sources[0] + index * 4));
     else if constexpr (SourceCount == 2)
-        return formula(load(run.sources[0]), load(run.sources[1]));
+        return formula(load(run.sources[0] + index * 4), load(run.sources[1] + index * 4));
     else
-        return formula(load(run.sources[0]), load(run.sources[1]), load(run.sources[2]));
+        return formula(load(run.sources[0] + index * 4), load(run.sources[1] + index * 4),
+                       load(run.sources[2] + index * 4));
 }
 
 /// Stores the formula's value of every pixel.
@@ -89,16 +105,14 @@ struct MapRun
         using PixelVector = typename Loop::PixelVector;
 
         const auto wordsAt = [&](int32_t index) QVR_INLINE {
-            return PixelVector::stored(applyFormula<SourceCount>(
-                formula, run, [index](const uint8_t* pixels) QVR_INLINE { return Loop::load(pixels + index * 4); }));
+            return PixelVector::stored(formulaAt<SourceCount, Loop>(
+                formula, run, index, [](const uint8_t* pixels) QVR_INLINE { return Loop::load(pixels); }));
         };
         const auto mapSome = [&](int32_t index, int32_t count) QVR_INLINE {
-            Loop::storeSome(run.destination + index * 4,
-                            PixelVector::stored(applyFormula<SourceCount>(
-                                formula, run,
-                                [=](const uint8_t* pixels)
-                                    QVR_INLINE { return Loop::loadSome(pixels + index * 4, count); })),
-                            count);
+            const auto loadSome = [count](const uint8_t* pixels) QVR_INLINE { return Loop::loadSome(pixels, count); };
+            const auto words =
+                PixelVector::stored(formulaAt<SourceCount, Loop>(formula, run, index, loadSome));
+            Loop::storeSome(run.destination + index * 4, words, count);
         };
 
         int32_t index = 0;
@@ -187,6 +201,39 @@ struct CountRun
     }
 };
 
+/// Sets a bit for every pixel that passes.
+template <class Formula, class BitsOfRow>
+struct MarkRun
+{
+    const Formula& passes;
+    const BitsOfRow& bitsOfRow;
+
+    template <class Format, class Lane>
+    QVR_INLINE bool visit(const Run& run) const
+    {
+        using Loop = RunLoop<Format, Lane>;
+        constexpr int32_t wordBits = 32;
+
+        // Converted runs start at multiples of a word's bits.
+        uint32_t* bits = bitsOfRow(run.row) + run.column / wordBits;
+        const uint8_t* pixels = run.sources[0];
+        for (int32_t index = 0; index < run.count; index += wordBits, ++bits)
+        {
+            const int32_t count = minimum(wordBits, run.count - index);
+            uint32_t word = 0;
+            int32_t bit = 0;
+            for (; bit + Lane::count <= count; bit += Lane::count)
+                word |= Loop::bitsOf(passes(Loop::load(pixels + (index + bit) * 4))) << bit;
+            if (bit < count)
+                word |= Loop::bitsOf(passes(Loop::loadSome(pixels + (index + bit) * 4, count - bit)) &
+                                     Loop::firstLanes(count - bit))
+                        << bit;
+            *bits = word;
+        }
+        return true;
+    }
+};
+
 /// Hands every run to a function object as it is.
 template <class Function>
 struct PlainRun
@@ -224,16 +271,25 @@ RunVisitor runVisitor(const Visitor& visitor)
 } // namespace detail
 
 /// Writes the formula's value of every pixel of the block. The formula takes the pixels of every source and returns
-/// `Pixels`, `Channels` or `UnclampedChannels`. Columns outside any of the pictures are left out.
+/// `Pixels`, `Channels`, `UnclampedChannels` or `RawWords`. The destination may be one of the sources. Columns outside any of the pictures are left out.
 template <class Formula, class... Readers>
-void mapBlock(const PictureWriter& writer, Block block, const Formula& formula, const Readers&... readers)
+void mapBlock(const PictureEditor& destination, Block block, const Formula& formula, const Readers&... readers)
 {
     constexpr int32_t sourceCount = sizeof...(Readers);
-    const PictureEditor* const sources[] = {&readers...};
-    block.columns = columnsWithin(writer, block);
-    for (const PictureEditor* source : sources)
-        block.columns = columnsWithin(*source, block);
-    visitRuns(detail::runVisitor(detail::MapRun<sourceCount, Formula>{formula}), block, sources, sourceCount, &writer);
+    const PictureEditor* const sources[] = {&readers..., nullptr};
+    block.columns = columnsWithin(destination, block);
+    for (int32_t i = 0; i < sourceCount; ++i)
+        block.columns = columnsWithin(*sources[i], block);
+    const detail::MapRun<sourceCount, Formula> visitor{formula};
+    visitRuns(detail::runVisitor(visitor), block, sources, sourceCount, &destination);
+}
+
+/// Draws a whole picture: `formula(pixels, row, column)` gives the pixels from that place on. `pixels` only carries the
+/// type to return.
+template <class Formula>
+void drawPicture(const PictureWriter& writer, const Formula& formula)
+{
+    mapBlock(writer, wholeBlock(writer), formula);
 }
 
 /// Whether every pixel of the block passes: the formula returns -1 where one does and 0 where it does not.
@@ -241,7 +297,8 @@ template <class Formula>
 bool allPixels(const PictureReader& reader, const Block& block, const Formula& passes)
 {
     const PictureEditor* const source = &reader;
-    return visitRuns(detail::runVisitor(detail::TestRun<Formula>{passes}), block, &source, 1, nullptr);
+    const detail::TestRun<Formula> visitor{passes};
+    return visitRuns(detail::runVisitor(visitor), block, &source, 1, nullptr);
 }
 
 /// The number of pixels of the picture that pass; the formula is that of `allPixels`.
@@ -250,20 +307,31 @@ int32_t countPixels(const PictureReader& reader, const Formula& passes)
 {
     int32_t total = 0;
     const PictureEditor* const source = &reader;
-    visitRuns(detail::runVisitor(detail::CountRun<Formula>{passes, total}), wholeBlock(reader), &source, 1, nullptr);
+    const detail::CountRun<Formula> visitor{passes, total};
+    visitRuns(detail::runVisitor(visitor), wholeBlock(reader), &source, 1, nullptr);
     return total;
 }
 
+/// Sets bit i of `bitsOfRow(row)` for the block's pixel i of that row where it passes, and clears it where it does not;
+/// whole 32-bit words are written. The formula is that of `allPixels`.
+template <class Formula, class BitsOfRow>
+void markPixels(const PictureReader& reader, const Block& block, const Formula& passes, const BitsOfRow& bitsOfRow)
+{
+    const PictureEditor* const source = &reader;
+    const detail::MarkRun<Formula, BitsOfRow> visitor{passes, bitsOfRow};
+    visitRuns(detail::runVisitor(visitor), block, &source, 1, nullptr);
+}
+
 /// Calls `function(format, run)` for the block's runs, for work that is not done lane by lane; `format` is `ARGB32` or
-/// `BGRX32`. `writer` is null in a walk that only reads.
+/// `BGRX32`. `destination` is null in a walk that only reads.
 template <class Function>
-void forEachRun(const PictureReader& reader, const PictureWriter* writer, const Block& block, const Function& function)
+void forEachRun(const PictureReader& reader, const PictureEditor* destination, const Block& block, const Function& function)
 {
     const detail::PlainRun<Function> visitor{function};
     const PictureEditor* const source = &reader;
     visitRuns({&visitor, detail::visitNarrow<detail::PlainRun<Function>, ARGB32>,
                detail::visitNarrow<detail::PlainRun<Function>, BGRX32>},
-              block, &source, 1, writer);
+              block, &source, 1, destination);
 }
 
 /// A new picture in which `formula` has changed the pixels of the rectangle; the others are as the host made them.

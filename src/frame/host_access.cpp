@@ -14,6 +14,12 @@ void* HostResolver::find(Name name)
     return gResolver == nullptr ? nullptr : gResolver(name);
 }
 
+int32_t REALGetPropValueInt32(REALobject object, const char* name)
+{
+    int32_t value = 0;
+    return host.REALGetPropValueInt(object, name, &value) ? value : 0;
+}
+
 void RaiseException(const char* className, const char* message, uint32_t errorNumber)
 {
     constexpr size_t longestMessage = 2147483646;

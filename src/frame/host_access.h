@@ -46,6 +46,9 @@ private:
     Object* object;
 };
 
+/// An integer property of a host object; 0 when it cannot be read.
+int32_t REALGetPropValueInt32(REALobject object, const char* name);
+
 /// Encoding of plain ASCII text.
 constexpr uint32_t encodingASCII = 0x0600;
 /// Bytes without a text encoding: no conversion is wanted.

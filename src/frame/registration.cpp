@@ -1,8 +1,23 @@
 #include "frame/registration.h"
 
+#include "filters/lut3d.h"
+#include "filters/sepia.h"
 #include "frame/host_functions.h"
 #include "frame/record_adaptation.h"
+#include "globals/binary_string.h"
+#include "globals/combining.h"
+#include "globals/tinting.h"
+#include "globals/waveform.h"
+#include "operations/brightness_contrast.h"
+#include "operations/channel_replacement.h"
+#include "operations/colour_search.h"
+#include "operations/colour_statistics.h"
+#include "operations/find_picture.h"
 #include "operations/inversion.h"
+#include "operations/masks.h"
+#include "operations/region_tests.h"
+#include "operations/saturation.h"
+#include "operations/scrolling.h"
 #include "platform/c_library.h"
 
 namespace qvr
@@ -15,6 +30,9 @@ namespace
 
 /// The lowest layout with the wide records; below it every definition is converted.
 constexpr int32_t firstWideLayout = 10;
+
+/// No console flag: for the desktop only.
+constexpr uint32_t desktopOnly = 0;
 
 /// The address of a handler, whatever its signature.
 template <class Handler>
@@ -29,19 +47,124 @@ constexpr REALmethodDefinition method(uint32_t flags, Handler* handler, const ch
     return {address(handler), nullptr, declaration, flags, 0, nullptr};
 }
 
+template <class Handler, class Setter>
+constexpr REALmethodDefinition assignableMethod(uint32_t flags, Handler* handler, Setter* setter,
+                                                const char* declaration)
+{
+    return {address(handler), address(setter), declaration, flags, 0, nullptr};
+}
+
 template <class Row, int32_t Count>
 constexpr int32_t rowCount(Row (&)[Count])
 {
     return Count;
 }
 
+/// Property access by the host itself.
+constexpr intptr_t standardAccess = -1;
+
+/// A property whose field the host reads and writes at a byte offset of the instance data.
+template <class Offset>
+constexpr REALproperty fieldProperty(uint32_t flags, const char* name, const char* type, Offset offset)
+{
+    const auto accessor = reinterpret_cast<REALanyFunction>(standardAccess);
+    return {nullptr, name, type, flags, accessor, accessor, static_cast<intptr_t>(offset), {}};
+}
+
+template <class Getter, class Setter>
+constexpr REALproperty accessorProperty(uint32_t flags, const char* name, const char* type, Getter* getter,
+                                        Setter* setter)
+{
+    return {nullptr, name, type, flags, address(getter), address(setter), 0, {}};
+}
+
 // clang-format off
 
+// The rows "FactorBlue" and "FactorGreen" are bound crosswise on purpose.
+REALproperty sepiaProperties[] = {
+    fieldProperty(desktopOnly, "SourcePicture", "Picture", offsetof(sepia::PictureSepiaData, SourcePicture)),
+    fieldProperty(desktopOnly, "DestinationPicture", "Picture", offsetof(sepia::PictureSepiaData, DestinationPicture)),
+    fieldProperty(desktopOnly, "MaxX", "Integer", offsetof(sepia::PictureSepiaData, MaxX)),
+    fieldProperty(desktopOnly, "MinX", "Integer", offsetof(sepia::PictureSepiaData, MinX)),
+    fieldProperty(desktopOnly, "MaxY", "Integer", offsetof(sepia::PictureSepiaData, MaxY)),
+    fieldProperty(desktopOnly, "MinY", "Integer", offsetof(sepia::PictureSepiaData, MinY)),
+    fieldProperty(desktopOnly, "SepiaRed", "Integer", offsetof(sepia::PictureSepiaData, SepiaRed)),
+    fieldProperty(desktopOnly, "SepiaGreen", "Integer", offsetof(sepia::PictureSepiaData, SepiaGreen)),
+    fieldProperty(desktopOnly, "SepiaBlue", "Integer", offsetof(sepia::PictureSepiaData, SepiaBlue)),
+    accessorProperty(desktopOnly, "FactorRed", "Double", sepia::GetFactorR, sepia::SetFactorR),
+    accessorProperty(desktopOnly, "FactorBlue", "Double", sepia::GetFactorG, sepia::SetFactorG),
+    accessorProperty(desktopOnly, "FactorGreen", "Double", sepia::GetFactorB, sepia::SetFactorB),
+};
+
+REALmethodDefinition sepiaMethods[] = {
+    method(desktopOnly, sepia::PictureSepiaClassDestructor, "Close"),
+    method(desktopOnly, sepia::Run, "Run as boolean"),
+};
+
+REALproperty lut3dProperties[] = {
+    fieldProperty(consoleFlag, "SourcePicture", "Picture", offsetof(lut3d::Lut3DClassData, SourcePicture)),
+    fieldProperty(consoleFlag, "DestinationPicture", "Picture", offsetof(lut3d::Lut3DClassData, DestinationPicture)),
+    fieldProperty(consoleFlag, "MaxX", "Integer", offsetof(lut3d::Lut3DClassData, MaxX)),
+    fieldProperty(consoleFlag, "MinX", "Integer", offsetof(lut3d::Lut3DClassData, MinX)),
+    fieldProperty(consoleFlag, "MaxY", "Integer", offsetof(lut3d::Lut3DClassData, MaxY)),
+    fieldProperty(consoleFlag, "MinY", "Integer", offsetof(lut3d::Lut3DClassData, MinY)),
+};
+
+REALmethodDefinition lut3dMethods[] = {
+    method(consoleFlag, lut3d::Lut3DClassDestructor, "Close"),
+    method(consoleFlag, lut3d::Run, "Run as boolean"),
+    assignableMethod(consoleFlag, lut3d::GetPMX, lut3d::SetPMX, "Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double"),
+};
+
 REALmethodDefinition pictureMethods[] = {
+    method(desktopOnly, ColornessQVR, "ColornessQVR(threshold as integer = 10) as double"),
+    method(desktopOnly, ScrollVerticalQVR, "ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(desktopOnly, ScrollHorizontalQVR, "ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(desktopOnly, ScrollQVR, "ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(consoleFlag, PictureHasMask, "HasMaskQVR as boolean"),
+    method(consoleFlag, ContrastAbsBrightnessPicture3, "ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, ContrastLinBrightnessPicture3, "ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, ContrastAbsBrightnessPicture1, "ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture"),
+    method(consoleFlag, ContrastLinBrightnessPicture1, "ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture"),
+    method(consoleFlag, AbsBrightnessPicture3, "ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, LinBrightnessPicture3, "ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, AbsBrightnessPicture1, "ChangeBrightnessAbsoluteQVR(Brightness as double) as picture"),
+    method(consoleFlag, LinBrightnessPicture1, "ChangeBrightnessLinearQVR(Brightness as double) as picture"),
+    method(consoleFlag, ContrastPicture1, "ChangeContrastQVR(Contrast as double) as picture"),
+    method(consoleFlag, ContrastPicture3, "ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture"),
+    method(consoleFlag, TransformPicture, "ChangeCustomQVR(a as double, b as double) as picture"),
     method(consoleFlag, InvertPicture, "InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
     method(consoleFlag, InvertPicture2, "InvertQVR as picture"),
     method(consoleFlag, InvertGrayPicture, "InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
     method(consoleFlag, InvertGrayPicture2, "InvertGrayQVR as picture"),
+    method(consoleFlag, ExtractColorRectangleMaskQVR, "ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    method(consoleFlag, ExtractColorRectangleMaskQVR2, "ExtractColorRectangleMaskQVR as picture"),
+    assignableMethod(consoleFlag, GetEmbededMask, SetEmbededMask, "EmbeddedMaskQVR(swap as boolean) as picture"),
+    method(consoleFlag, CountColorQVR, "CountColorQVR(col as color) as integer"),
+    method(desktopOnly, CountColorsQVR, "CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)"),
+    method(desktopOnly, TransformColorsQVR, "TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture"),
+    method(desktopOnly, ReplaceColorQVR, "ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture"),
+    method(desktopOnly, ExtractColorQVR, "ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture"),
+    method(consoleFlag, SaturationPicture, "ChangeSaturationQVR(Amount as integer) as picture"),
+    method(consoleFlag, ReplaceRedChannel, "ReplaceRedChannelQVR(RedChannel as picture) as picture"),
+    method(consoleFlag, ReplaceGreenChannel, "ReplaceGreenChannelQVR(GreenChannel as picture) as picture"),
+    method(consoleFlag, ReplaceBlueChannel, "ReplaceBlueChannelQVR(BlueChannel as picture) as picture"),
+    method(consoleFlag, FindPicture, "FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean"),
+    method(consoleFlag, isWhite2, "isWhiteQVR as boolean"),
+    method(consoleFlag, isWhite, "isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    method(consoleFlag, isBlack2, "isBlackQVR as boolean"),
+    method(consoleFlag, isBlack, "isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    method(consoleFlag, isGray2, "isGrayQVR(tolerance as integer = 0) as boolean"),
+    method(consoleFlag, isGray, "isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean"),
+};
+
+REALmethodDefinition globalMethods[] = {
+    method(consoleFlag, BinaryStringtoPicture, "BinaryStringtoPictureQVR(data as String) as Picture"),
+    method(consoleFlag, PicturetoBinaryString, "PicturetoBinaryStringQVR(p as picture) as string"),
+    method(consoleFlag, CombinePicturesQVR, "CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture"),
+    method(consoleFlag, MergePicture, "MergePictureQVR(source1 as picture, source2 as picture) as picture"),
+    method(consoleFlag, TintPicture, "TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture"),
+    method(consoleFlag, RenderSamples, "RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture"),
 };
 
 // clang-format on
@@ -72,12 +195,54 @@ void registerClass(REALclassDefinition* definition, RegisterClass& registerDefin
     registerDefinition(definition);
 }
 
+/// The host wants instance data in multiples of 16 bytes.
+void roundDataSize(REALclassDefinition* definition)
+{
+    definition->dataSize = (definition->dataSize + 15) / 16 * 16;
+}
+
 } // namespace
+
+REALclassDefinition sepia::PictureSepiaClass = {
+    .name = "PictureSepiaQVR",
+    .dataSize = sizeof(sepia::PictureSepiaData),
+    .constructor = address(sepia::PictureSepiaClassConstructor),
+    .destructor = address(sepia::PictureSepiaClassDestructor),
+    .properties = sepiaProperties,
+    .propertyCount = rowCount(sepiaProperties),
+    .methods = sepiaMethods,
+    .methodCount = rowCount(sepiaMethods),
+};
+
+REALclassDefinition lut3d::PictureLut3DClass = {
+    .name = "PictureLut3DQVR",
+    .dataSize = sizeof(lut3d::Lut3DClassData),
+    .constructor = address(lut3d::Lut3DClassConstructor),
+    .destructor = address(lut3d::Lut3DClassDestructor),
+    .properties = lut3dProperties,
+    .propertyCount = rowCount(lut3dProperties),
+    .methods = lut3dMethods,
+    .methodCount = rowCount(lut3dMethods),
+    .flags = 4,
+};
 
 void registerCatalogue()
 {
+    FixConsoleFlags(&sepia::PictureSepiaClass);
+    FixConsoleFlags(&lut3d::PictureLut3DClass);
     FixConsoleFlags(&pictureExtension);
+    for (REALmethodDefinition& row : globalMethods)
+        row.flags = fixedFlags(row.flags);
+
+    REALclassDefinition* const filters[] = {&sepia::PictureSepiaClass, &lut3d::PictureLut3DClass};
+    for (REALclassDefinition* filter : filters)
+    {
+        roundDataSize(filter);
+        registerClass(filter, host.PluginRegisterClass);
+    }
     registerClass(&pictureExtension, host.PluginRegisterClassExtension);
+    for (REALmethodDefinition& row : globalMethods)
+        host.PluginRegisterMethod(&row);
 }
 
 } // namespace qvr

@@ -21,8 +21,7 @@ REALpictureStruct* InvertGrayPicture(REALpictureStruct* picture, int32_t left, i
                                      int32_t height)
 {
     return mapRectangle(picture, {left, top, width, height}, [](auto pixels) QVR_INLINE {
-        const auto grey = (pixels.red() == pixels.green()) & (pixels.green() == pixels.blue());
-        return pixels.select(grey, ~pixels, pixels);
+        return pixels.select(pixels.isGrey(), ~pixels, pixels);
     });
 }
 

@@ -1,0 +1,119 @@
+#include "globals/binary_string.h"
+
+#include "editor/runs.h"
+#include "frame/heap_array.h"
+#include "frame/string_bytes.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+constexpr uint32_t magic = 0x50504943; // "PPIC"
+constexpr int32_t headerBytes = 40;
+constexpr uint32_t writtenDepth = 32;
+
+// Byte offsets of the header's numbers.
+constexpr int32_t magicAt = 0;
+constexpr int32_t lengthAt = 4;
+constexpr int32_t widthAt = 8;
+constexpr int32_t heightAt = 12;
+constexpr int32_t depthAt = 16;
+constexpr int32_t dataOffsetAt = 20;
+constexpr int32_t readHeaderBytes = 24;
+
+void storeBigEndian(uint8_t* address, uint32_t value)
+{
+    const uint32_t bytes = __builtin_bswap32(value);
+    __builtin_memcpy(address, &bytes, sizeof bytes);
+}
+
+uint32_t loadBigEndian(const uint8_t* address)
+{
+    uint32_t bytes = 0;
+    __builtin_memcpy(&bytes, address, sizeof bytes);
+    return __builtin_bswap32(bytes);
+}
+
+int64_t pixelBytes(int32_t width, int32_t height)
+{
+    return static_cast<int64_t>(width) * height * 3;
+}
+
+/// What the header of a well-formed string says.
+struct Contents
+{
+    int32_t width;
+    int32_t height;
+    const uint8_t* pixels;
+};
+
+/// Nothing that the string says of itself is believed unchecked.
+bool parse(const uint8_t* bytes, int32_t length, Contents& contents)
+{
+    if (length < readHeaderBytes || loadBigEndian(bytes + magicAt) != magic ||
+        loadBigEndian(bytes + lengthAt) != static_cast<uint32_t>(length))
+        return false;
+    contents.width = static_cast<int32_t>(loadBigEndian(bytes + widthAt));
+    contents.height = static_cast<int32_t>(loadBigEndian(bytes + heightAt));
+    if (contents.width < 1 || contents.width > longestPictureSide || contents.height < 1 ||
+        contents.height > longestPictureSide)
+        return false;
+    const uint32_t offset = loadBigEndian(bytes + dataOffsetAt);
+    if (offset + pixelBytes(contents.width, contents.height) > length)
+        return false;
+    contents.pixels = bytes + offset;
+    return true;
+}
+
+} // namespace
+
+REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
+{
+    constexpr int64_t longestString = 2147483646;
+
+    PictureReader reader;
+    if (!reader.Open(picture))
+        return nullptr;
+    const int64_t total = pixelBytes(reader.width, reader.height) + headerBytes;
+    if (total < 1 || total > longestString)
+        return nullptr;
+    const auto size = static_cast<int32_t>(total);
+    const HeapArray<uint8_t> bytes(size);
+    if (!bytes)
+        return nullptr;
+
+    storeBigEndian(&bytes[magicAt], magic);
+    storeBigEndian(&bytes[lengthAt], static_cast<uint32_t>(size));
+    storeBigEndian(&bytes[widthAt], static_cast<uint32_t>(reader.width));
+    storeBigEndian(&bytes[heightAt], static_cast<uint32_t>(reader.height));
+    storeBigEndian(&bytes[depthAt], writtenDepth);
+    storeBigEndian(&bytes[dataOffsetAt], headerBytes);
+    uint8_t* packed = bytes.get() + headerBytes;
+    for (int32_t row = 0; row < reader.height; ++row, packed += static_cast<ptrdiff_t>(reader.width) * 3)
+        convertPixels(reader.pixelFormat, reader.RowAddress(row), PixelFormatRGB24, packed, reader.width);
+
+    REALstringStruct* const string = host.REALBuildString(bytes.get(), size);
+    if (string != nullptr)
+        host.REALSetStringEncoding(string, encodingNone);
+    return string;
+}
+
+REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
+{
+    const StringBytes string(data);
+    Contents contents{};
+    if (string.bytes() == nullptr || !parse(string.bytes(), string.length(), contents))
+        return nullptr;
+    PictureWriter writer;
+    if (!writer.OpenNew(contents.width, contents.height))
+        return nullptr;
+    const uint8_t* packed = contents.pixels;
+    for (int32_t row = 0; row < writer.height; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
+        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row),
+                      minimum(contents.width, writer.width));
+    return writer.RenderPictureWriter();
+}
+
+} // namespace qvr

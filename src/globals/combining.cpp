@@ -1,0 +1,51 @@
+#include "globals/combining.h"
+
+#include "editor/walks.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+bool sameSize(const PictureReader& first, const PictureReader& second)
+{
+    return first.width == second.width && first.height == second.height;
+}
+
+} // namespace
+
+REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct* blue, REALpictureStruct* green)
+{
+    PictureReader redReader;
+    PictureReader greenReader;
+    PictureReader blueReader;
+    PictureWriter writer;
+    if (!redReader.Open(red) || !greenReader.Open(green) || !blueReader.Open(blue) ||
+        !sameSize(redReader, greenReader) || !sameSize(redReader, blueReader) ||
+        !writer.OpenNew(redReader.width, redReader.height))
+        return nullptr;
+    mapBlock(
+        writer, wholeBlock(redReader),
+        [](auto reds, auto greens, auto blues) QVR_INLINE {
+            return reds.withChannel(Channel::Green, greens).withChannel(Channel::Blue, blues);
+        },
+        redReader, greenReader, blueReader);
+    return writer.RenderPictureWriter();
+}
+
+REALpictureStruct* MergePicture(REALpictureStruct* source1, REALpictureStruct* source2)
+{
+    PictureReader reader1;
+    PictureReader reader2;
+    PictureWriter writer;
+    if (source1 == nullptr || source2 == nullptr || !reader1.Open(source1) || !reader2.Open(source2) ||
+        !sameSize(reader1, reader2) || !writer.OpenNew(reader1.width, reader1.height))
+        return nullptr;
+    mapBlock(
+        writer, wholeBlock(reader1),
+        [](auto first, auto second) QVR_INLINE { return first.larger(first, second); }, reader1, reader2);
+    return writer.RenderPictureWriter();
+}
+
+} // namespace qvr

@@ -1,0 +1,42 @@
+#include "globals/tinting.h"
+
+#include "editor/real_lanes.h"
+#include "editor/walks.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+/// A colour's channels as weights from 0 to 1.
+struct Weights
+{
+    explicit Weights(uint32_t colour)
+        : red(redOf(colour) / 255.0),
+          green(greenOf(colour) / 255.0),
+          blue(blueOf(colour) / 255.0)
+    {
+    }
+    double red;
+    double green;
+    double blue;
+};
+
+} // namespace
+
+REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uint32_t sepiaBase)
+{
+    const Weights greyWeights(greyBase);
+    const Weights tint(sepiaBase);
+    return mapPicture(source, [&](auto pixels) QVR_INLINE {
+        using Lane = LaneOf<decltype(pixels)>;
+        const auto grey = (toDoubles<Lane>(pixels.red()) * greyWeights.red +
+                           toDoubles<Lane>(pixels.green()) * greyWeights.green) +
+                          toDoubles<Lane>(pixels.blue()) * greyWeights.blue;
+        return Channels<Lane>{truncateToBytes<Lane>(grey * tint.red), truncateToBytes<Lane>(grey * tint.green),
+                              truncateToBytes<Lane>(grey * tint.blue)};
+    });
+}
+
+} // namespace qvr

@@ -1,0 +1,51 @@
+#include "operations/channel_replacement.h"
+
+#include "editor/walks.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+REALpictureStruct* replaceChannel(REALpictureStruct* self, REALpictureStruct* channelPicture, Channel channel)
+{
+    if (channelPicture == nullptr)
+    {
+        RaiseNilObjectException("The channel picture is nil.");
+        return nullptr;
+    }
+    PictureReader selfReader;
+    PictureReader channelReader;
+    if (!selfReader.Open(self) || !channelReader.Open(channelPicture))
+        return nullptr;
+    if (channelReader.height < selfReader.height || channelReader.width < selfReader.width)
+        return nullptr;
+    PictureWriter writer;
+    if (!writer.OpenNew(selfReader.width, selfReader.height))
+        return nullptr;
+    mapBlock(
+        writer, wholeBlock(selfReader),
+        [channel](auto pixels, auto others) QVR_INLINE { return pixels.withChannel(channel, others); }, selfReader,
+        channelReader);
+    return writer.RenderPictureWriter();
+}
+
+} // namespace
+
+REALpictureStruct* ReplaceRedChannel(REALpictureStruct* self, REALpictureStruct* channel)
+{
+    return replaceChannel(self, channel, Channel::Red);
+}
+
+REALpictureStruct* ReplaceGreenChannel(REALpictureStruct* self, REALpictureStruct* channel)
+{
+    return replaceChannel(self, channel, Channel::Green);
+}
+
+REALpictureStruct* ReplaceBlueChannel(REALpictureStruct* self, REALpictureStruct* channel)
+{
+    return replaceChannel(self, channel, Channel::Blue);
+}
+
+} // namespace qvr

@@ -1,0 +1,186 @@
+#include "operations/colour_statistics.h"
+
+#include "editor/walks.h"
+#include "platform/c_library.h"
+
+namespace qvr
+{
+
+namespace
+{
+
+constexpr int32_t levels = 256;
+constexpr int32_t histogramBytes = levels * 4;
+
+uint32_t wordAt(const uint8_t* pixels, int32_t index)
+{
+    uint32_t word = 0;
+    __builtin_memcpy(&word, pixels + static_cast<ptrdiff_t>(index) * 4, 4);
+    return word;
+}
+
+/// Three histograms, each in two copies: neighbouring pixels are often alike, and two increments of one counter have to
+/// wait for each other.
+struct Histograms
+{
+    uint32_t red[2][levels];
+    uint32_t green[2][levels];
+    uint32_t blue[2][levels];
+
+    template <class Format>
+    QVR_INLINE void count(int32_t copy, uint32_t word)
+    {
+        ++red[copy][word >> Format::redShift & 255];
+        ++green[copy][word >> Format::greenShift & 255];
+        ++blue[copy][word >> Format::blueShift & 255];
+    }
+};
+
+void addCounters(uint8_t* block, const uint32_t (&counters)[2][levels])
+{
+    for (int32_t level = 0; level < levels; ++level)
+    {
+        const uint32_t sum = wordAt(block, level) + counters[0][level] + counters[1][level];
+        __builtin_memcpy(block + static_cast<ptrdiff_t>(level) * 4, &sum, 4);
+    }
+}
+
+/// The block's data if it has at least `size` bytes, else null.
+uint8_t* blockData(REALmemoryBlockStruct* block, int32_t size)
+{
+    return host.memoryBlockGetSize(block) < size ? nullptr : static_cast<uint8_t*>(host.memoryBlockGetPtr(block));
+}
+
+/// A reference to a memory block for the length of a call, and its data.
+struct HeldTable
+{
+    explicit HeldTable(REALmemoryBlockStruct* block)
+        : reference(Reference<REALmemoryBlockStruct>::retain(block)),
+          data(blockData(block, levels))
+    {
+    }
+    Reference<REALmemoryBlockStruct> reference;
+    const uint8_t* data;
+};
+
+/// The three tables with their bytes moved to the channels' places, so that a pixel is the sum of three entries.
+template <class Format>
+struct PlacedTables
+{
+    uint32_t red[levels];
+    uint32_t green[levels];
+    uint32_t blue[levels];
+
+    PlacedTables(const uint8_t* redTable, const uint8_t* greenTable, const uint8_t* blueTable)
+    {
+        for (int32_t level = 0; level < levels; ++level)
+        {
+            red[level] = static_cast<uint32_t>(redTable[level]) << Format::redShift | Format::spare;
+            green[level] = static_cast<uint32_t>(greenTable[level]) << Format::greenShift;
+            blue[level] = static_cast<uint32_t>(blueTable[level]) << Format::blueShift;
+        }
+    }
+
+    QVR_INLINE uint32_t mapped(uint32_t word) const
+    {
+        return red[word >> Format::redShift & 255] | green[word >> Format::greenShift & 255] |
+               blue[word >> Format::blueShift & 255];
+    }
+};
+
+/// Opens `destination` if it is large enough, else a new picture.
+bool openTarget(PictureWriter& writer, REALpictureStruct* destination, const PictureReader& reader)
+{
+    if (destination != nullptr && REALGetPropValueInt32(destination, "Width") >= reader.width &&
+        REALGetPropValueInt32(destination, "Height") >= reader.height && writer.Open(destination))
+        return true;
+    return writer.OpenNew(reader.width, reader.height);
+}
+
+} // namespace
+
+void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REALmemoryBlockStruct*& blue,
+                    REALmemoryBlockStruct*& green, int32_t& count)
+{
+    REALmemoryBlockStruct** const blocks[] = {&red, &blue, &green};
+    for (REALmemoryBlockStruct** block : blocks)
+        if (*block == nullptr)
+            *block = host.newMemoryBlock(histogramBytes);
+    count = -1;
+    if (red == nullptr || blue == nullptr || green == nullptr)
+        return;
+    PictureReader reader;
+    if (!reader.Open(picture))
+        return;
+    uint8_t* const redData = blockData(red, histogramBytes);
+    uint8_t* const blueData = blockData(blue, histogramBytes);
+    uint8_t* const greenData = blockData(green, histogramBytes);
+    if (redData == nullptr || blueData == nullptr || greenData == nullptr)
+        return;
+
+    Histograms histograms;
+    libc::memset(&histograms, 0, sizeof histograms);
+    forEachRun(reader, nullptr, wholeBlock(reader), [&histograms](auto format, const Run& run) {
+        using Format = decltype(format);
+        const uint8_t* pixels = run.sources[0];
+        int32_t index = 0;
+        for (; index + 2 <= run.count; index += 2)
+        {
+            histograms.count<Format>(0, wordAt(pixels, index));
+            histograms.count<Format>(1, wordAt(pixels, index + 1));
+        }
+        if (index < run.count)
+            histograms.count<Format>(0, wordAt(pixels, index));
+    });
+
+    addCounters(redData, histograms.red);
+    // Deliberately crosswise: scripts rely on the blocks declared blue and green receiving each other's channel.
+    addCounters(blueData, histograms.green);
+    addCounters(greenData, histograms.blue);
+    count = wrappingMultiply(reader.width, reader.height);
+}
+
+REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct* red,
+                                      REALmemoryBlockStruct* blue, REALmemoryBlockStruct* green,
+                                      REALpictureStruct* destination)
+{
+    const char* const missing = picture == nullptr ? "picture is nil"
+                                : red == nullptr   ? "red memoryblock is nil"
+                                : green == nullptr ? "green memoryblock is nil"
+                                : blue == nullptr  ? "blue memoryblock is nil"
+                                                   : nullptr;
+    if (missing != nullptr)
+    {
+        RaiseNilObjectException(missing);
+        return nullptr;
+    }
+
+    const HeldTable redTable(red);
+    const HeldTable greenTable(green);
+    const HeldTable blueTable(blue);
+    if (redTable.data == nullptr || greenTable.data == nullptr || blueTable.data == nullptr)
+        return nullptr;
+    PictureReader reader;
+    PictureWriter writer;
+    if (!reader.Open(picture) || !openTarget(writer, destination, reader))
+        return nullptr;
+
+    const PlacedTables<ARGB32> argbTables(redTable.data, greenTable.data, blueTable.data);
+    const PlacedTables<BGRX32> bgrxTables(redTable.data, greenTable.data, blueTable.data);
+    forEachRun(reader, &writer, wholeBlock(reader), [&](auto format, const Run& run) {
+        const auto& tables = [&]() -> const PlacedTables<decltype(format)>& {
+            if constexpr (decltype(format)::code == PixelFormatARGB32)
+                return argbTables;
+            else
+                return bgrxTables;
+        }();
+        for (int32_t index = 0; index < run.count; ++index)
+        {
+            const uint32_t word = tables.mapped(wordAt(run.sources[0], index));
+            __builtin_memcpy(run.destination + static_cast<ptrdiff_t>(index) * 4, &word, 4);
+        }
+    });
+    return writer.RenderPictureWriter();
+}
+
+} // namespace qvr
