@@ -305,12 +305,12 @@ bool Core::free(void* address, const char* caller)
     return true;
 }
 
-int Core::fieldReferences(const Object& object) const
+std::map<const void*, int> Core::fieldReferences() const
 {
-    int count = 0;
-    for (const auto& [handle, other] : objects)
+    std::map<const void*, int> references;
+    for (const auto& [handle, object] : objects)
     {
-        const auto* instance = dynamic_cast<const InstanceObject*>(other.get());
+        const auto* instance = dynamic_cast<const InstanceObject*>(object.get());
         if (instance == nullptr)
             continue;
         for (const RegisteredProperty& property : instance->definition.properties)
@@ -319,10 +319,10 @@ int Core::fieldReferences(const Object& object) const
             if (!property.isField() || !sameName(property.type, "Picture"))
                 continue;
             std::memcpy(&field, instance->data() + property.parameter, sizeof field);
-            count += field == &object;
+            ++references[field];
         }
     }
-    return count;
+    return references;
 }
 
 Ledger Core::takeLedger() const
@@ -335,6 +335,7 @@ Ledger Core::takeLedger() const
             ledger.outstanding.push_back(text + (count == 1 ? "" : " x " + std::to_string(count)));
     };
 
+    std::map<const void*, int> inFields = fieldReferences();
     for (const auto& [handle, object] : objects)
     {
         const std::string name = object->name();
@@ -343,7 +344,7 @@ Ledger Core::takeLedger() const
                               dynamic_cast<const RegionObject*>(object.get()) != nullptr;
         const auto* bundle = dynamic_cast<const BundleObject*>(object.get());
         const int kept = bundle != nullptr && bundle->loaded ? 1 : 0;
-        const int excess = object->references - object->held - kept - fieldReferences(*object);
+        const int excess = object->references - object->held - kept - inFields[handle];
         outstanding(ofSystem ? ledger.systemObjects : ledger.references, excess,
                     name + ": reference not given back");
 

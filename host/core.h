@@ -164,7 +164,8 @@ private:
     void insert(std::unique_ptr<Object> object);
     void destroy(Object& object);
     void reportBadHandle(const void* handle, const char* service, const char* wanted);
-    int fieldReferences(const Object& object) const;
+    /// How many fields of instances hold each picture.
+    std::map<const void*, int> fieldReferences() const;
     Value invoke(const RegisteredMethod& method, Self self, const Arguments& arguments,
                  const Value* assigned);
     void finishCall(Value& result);

@@ -114,7 +114,6 @@ private:
     template <class Item>
     const Item* at(Elf32_Addr address) const
     {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): ELF keeps addresses as numbers
         return reinterpret_cast<const Item*>(address < base ? address + base : address);
     }
 
@@ -137,11 +136,9 @@ private:
         const Elf32_Addr page = address & ~static_cast<Elf32_Addr>(pageSize() - 1);
         const std::size_t size = address + sizeof value - page;
         // The page may be read-only since relocation ended, and stays writable: nothing depends on that.
-        // NOLINTBEGIN(performance-no-int-to-ptr)
         if (mprotect(reinterpret_cast<void*>(page), size, PROT_READ | PROT_WRITE) != 0)
             throw Error("the plug-in's table of imports cannot be changed");
         std::memcpy(reinterpret_cast<void*>(address), &value, sizeof value);
-        // NOLINTEND(performance-no-int-to-ptr)
     }
 
     Elf32_Addr base;
@@ -222,7 +219,6 @@ public:
     void* symbol(std::string_view name) const override
     {
         const Elf32_Addr offset = symbolOffset(bytes, name);
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): ELF keeps addresses as numbers
         return offset == 0 ? nullptr : reinterpret_cast<void*>(base + offset);
     }
 

@@ -602,7 +602,6 @@ private:
         for (const Section& section : sections)
             if ((section.flags & sectionTypeMask) == sectionIsInitialisers)
                 for (std::uint32_t offset = 0; offset + wordSize <= section.size; offset += wordSize)
-                    // NOLINTNEXTLINE(performance-no-int-to-ptr): the file keeps addresses as numbers
                     reinterpret_cast<void (*)()>(word(section.address + offset))();
     }
 

@@ -334,7 +334,6 @@ Value Core::takeResult(Type type, std::uint32_t word, double number)
     constexpr std::uint32_t byteMask = 0xFF;
     constexpr std::uint32_t colorMask = 0xFFFFFF;
 
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): a register holds either
     const auto* handle = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(word));
     switch (type)
     {
@@ -422,7 +421,6 @@ Value Core::getProperty(InstanceObject& instance, std::string_view name)
         std::memcpy(&number, field, sizeof number);
     // The field keeps its reference; the caller gets one of its own.
     if (type == Type::Picture && word != 0)
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the field holds a handle
         return wrap<Picture>(expect<PictureObject>(reinterpret_cast<const void*>(word), "property"));
     return takeResult(type, word, number);
 }

@@ -145,12 +145,13 @@ std::optional<PixelRows> PixelRows::make(int width, int height, Storage storage,
     PixelRows result;
     result.stride = static_cast<int>(rowSize) + padding;
     result.paddingSize = static_cast<std::size_t>(padding);
+    result.paddingInStride = padding;
     result.rows.resize(static_cast<std::size_t>(height));
     const bool guarded = layout.memory == Memory::Guarded;
     const bool made = !guarded ? result.makePlain(static_cast<std::size_t>(size), layout, pool)
                       : bitmap ? result.makeScattered(static_cast<std::size_t>(rowSize), layout.fill)
                                : result.makeGuarded(static_cast<std::size_t>(rowSize), layout);
-    if (!made || (bitmap && !result.makeBitmapRecord(width, height)))
+    if (!made || (bitmap && !result.makeBitmapRecord(width, height, layout.memory)))
         return std::nullopt;
     return result;
 }
@@ -233,43 +234,47 @@ bool PixelRows::makeScattered(std::size_t rowSize, std::uint8_t fill)
     return true;
 }
 
-bool PixelRows::makeBitmapRecord(int width, int height)
+bool PixelRows::makeBitmapRecord(int width, int height, Memory memory)
 {
-    auto words = GuardedBlock::make(bitmapRecordWords * sizeof(std::uint32_t));
-    auto table = GuardedBlock::make(std::max<std::size_t>(rows.size(), 1) * sizeof(std::uint8_t*));
-    if (!words || !table)
-        return false;
-    if (rows.empty())
-        std::memcpy(table->data(), &firstRow, sizeof firstRow);
+    constexpr std::size_t recordSize = bitmapRecordWords * sizeof(std::uint32_t);
+    const std::size_t tableSize = std::max<std::size_t>(rows.size(), 1) * sizeof(std::uint8_t*);
+    std::uint8_t* table = nullptr;
+    if (memory == Memory::Guarded)
+    {
+        auto recordBlock = GuardedBlock::make(recordSize);
+        auto tableBlock = GuardedBlock::make(tableSize);
+        if (!recordBlock || !tableBlock)
+            return false;
+        words = reinterpret_cast<std::uint32_t*>(recordBlock->data());
+        table = tableBlock->data();
+        blocks.push_back(std::move(*recordBlock));
+        blocks.push_back(std::move(*tableBlock));
+    }
     else
-        std::memcpy(table->data(), rows.data(), rows.size() * sizeof rows.front());
-    record.push_back(std::move(*words));
-    record.push_back(std::move(*table));
+    {
+        plainRecord.resize((recordSize + tableSize) / sizeof(std::uint32_t));
+        words = plainRecord.data();
+        table = reinterpret_cast<std::uint8_t*>(words + bitmapRecordWords);
+    }
 
-    std::uint32_t* word = bitmapWords();
-    word[bitmapWidthWord] = static_cast<std::uint32_t>(width);
-    word[bitmapHeightWord] = static_cast<std::uint32_t>(height);
-    word[bitmapPresentWord] = reinterpret_cast<std::uintptr_t>(firstRow);
-    word[bitmapRowTableWord] = reinterpret_cast<std::uintptr_t>(record.back().data());
+    if (rows.empty())
+        std::memcpy(table, &firstRow, sizeof firstRow);
+    else
+        std::memcpy(table, rows.data(), tableSize);
+    words[bitmapWidthWord] = static_cast<std::uint32_t>(width);
+    words[bitmapHeightWord] = static_cast<std::uint32_t>(height);
+    words[bitmapPresentWord] = reinterpret_cast<std::uintptr_t>(firstRow);
+    words[bitmapRowTableWord] = reinterpret_cast<std::uintptr_t>(table);
     return true;
-}
-
-std::uint32_t* PixelRows::bitmapWords() const
-{
-    return record.empty() ? nullptr : reinterpret_cast<std::uint32_t*>(record.front().data());
 }
 
 bool PixelRows::intact() const
 {
     const auto blockIntact = [](const GuardedBlock& block) { return block.intact(); };
-    if (!std::all_of(blocks.begin(), blocks.end(), blockIntact) ||
-        !std::all_of(record.begin(), record.end(), blockIntact))
-        return false;
-    const std::size_t stepSize = static_cast<std::size_t>(stride);
-    const bool gaps = !record.empty();
-    return std::all_of(rows.begin(), rows.end(), [&](const std::uint8_t* row) {
-        return isCanary(row + stepSize - (gaps ? 0 : paddingSize), paddingSize);
-    });
+    return std::all_of(blocks.begin(), blocks.end(), blockIntact) &&
+           std::all_of(rows.begin(), rows.end(), [this](const std::uint8_t* row) {
+               return isCanary(row + stride - paddingInStride, paddingSize);
+           });
 }
 
 } // namespace standin

@@ -61,7 +61,10 @@ public:
     /// Whether all canary bytes are as they were.
     bool intact() const;
     /// The words of a memory bitmap, made for storage Bitmap only.
-    std::uint32_t* bitmapWords() const;
+    std::uint32_t* bitmapWords() const
+    {
+        return words;
+    }
 
 private:
     PixelRows() = default;
@@ -69,14 +72,16 @@ private:
     bool makePlain(std::size_t size, const RowLayout& layout, PixelPool& pool);
     bool makeGuarded(std::size_t rowSize, const RowLayout& layout);
     bool makeScattered(std::size_t rowSize, std::uint8_t fill);
-    bool makeBitmapRecord(int width, int height);
+    bool makeBitmapRecord(int width, int height, Memory memory);
 
     std::vector<std::uint8_t*> rows;
     std::uint8_t* firstRow = nullptr;
     int stride = 0;
-    std::size_t paddingSize = 0;
+    std::size_t paddingSize = 0; ///< canary bytes behind each row
+    int paddingInStride = 0;     ///< how many of them the stride contains: all for GWorlds, none for bitmaps
     std::vector<GuardedBlock> blocks;
-    std::vector<GuardedBlock> record;
+    std::uint32_t* words = nullptr;
+    std::vector<std::uint32_t> plainRecord;
     std::unique_ptr<std::uint8_t[]> plain;
     std::size_t plainSize = 0;
     PixelPool* pool = nullptr;
