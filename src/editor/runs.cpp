@@ -108,7 +108,7 @@ int32_t columnsWithin(const PictureEditor& picture, const Block& block)
 {
     const int64_t rowEnd = static_cast<int64_t>(picture.width) * picture.bytesPerPixel;
     const int64_t bytes = rowEnd - block.byteOffset;
-    if (bytes <= 0 || block.columns <= 0)
+    if (bytes <= 0 || block.columns <= 0 || picture.height < 1)
         return 0;
     const int64_t wanted = static_cast<int64_t>(block.columns) * picture.bytesPerPixel;
     // The smaller of the two fits 32 bits wherever the picture's rows do.
@@ -128,9 +128,13 @@ Block blockOf(const PictureEditor& picture, const Rectangle& rectangle)
     return block;
 }
 
-bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
+bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources, int32_t sourceCount,
                const PictureEditor* destination)
 {
+    for (int32_t i = 0; i < sourceCount; ++i)
+        block.columns = columnsWithin(*sources[i], block);
+    if (destination != nullptr)
+        block.columns = columnsWithin(*destination, block);
     if (block.empty())
         return true;
     if (haveFormat(PixelFormatARGB32, sources, sourceCount, destination))

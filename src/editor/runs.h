@@ -43,7 +43,7 @@ Block wholeBlock(const PictureEditor& picture);
 /// scripts can see it; pixels that would end outside the row are left out.
 Block blockOf(const PictureEditor& picture, const Rectangle& rectangle);
 
-/// The block's columns that lie inside the rows of `picture`.
+/// The block's columns that lie inside the rows of `picture`; none when it has no rows.
 int32_t columnsWithin(const PictureEditor& picture, const Block& block);
 
 /// The most pictures that one walk reads.
@@ -75,8 +75,8 @@ struct RunVisitor
 };
 
 /// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the destination, which may be one of
-/// them. The block must lie inside all. False when the visitor ended the walk.
-bool visitRuns(const RunVisitor& visitor, const Block& block, const PictureEditor* const* sources, int32_t sourceCount,
+/// them. Columns outside any of the pictures are left out. False when the visitor ended the walk.
+bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources, int32_t sourceCount,
                const PictureEditor* destination);
 
 /// Converts `count` pixels from one format to another. The two differ, unless both are `PixelFormatRGB24`.

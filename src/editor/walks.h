@@ -96,13 +96,17 @@ QVR_INLINE inline auto formulaAt(const Formula& formula, const Run& run, int32_t
 template <int32_t SourceCount, class Formula>
 struct MapRun
 {
-    const Formula& formula;
+    const Formula& sharedFormula;
 
     template <class Format, class Lane>
-    QVR_INLINE bool visit(const Run& run) const
+    QVR_INLINE bool visit(const Run& sharedRun) const
     {
         using Loop = RunLoop<Format, Lane>;
         using PixelVector = typename Loop::PixelVector;
+
+        // Copies of its own: for all the compiler knows, a stored pixel could change the originals.
+        const Run run = sharedRun;
+        const Formula formula = sharedFormula;
 
         const auto wordsAt = [&](int32_t index) QVR_INLINE {
             return PixelVector::stored(formulaAt<SourceCount, Loop>(
@@ -271,25 +275,23 @@ RunVisitor runVisitor(const Visitor& visitor)
 } // namespace detail
 
 /// Writes the formula's value of every pixel of the block. The formula takes the pixels of every source and returns
-/// `Pixels`, `Channels`, `UnclampedChannels` or `RawWords`. The destination may be one of the sources. Columns outside any of the pictures are left out.
+/// `Pixels`, `Channels`, `UnclampedChannels` or `RawWords`. The destination may be one of the sources. Columns outside
+/// any of the pictures are left out.
 template <class Formula, class... Readers>
-void mapBlock(const PictureEditor& destination, Block block, const Formula& formula, const Readers&... readers)
+void mapBlock(const PictureEditor& destination, const Block& block, const Formula& formula, const Readers&... readers)
 {
     constexpr int32_t sourceCount = sizeof...(Readers);
     const PictureEditor* const sources[] = {&readers..., nullptr};
-    block.columns = columnsWithin(destination, block);
-    for (int32_t i = 0; i < sourceCount; ++i)
-        block.columns = columnsWithin(*sources[i], block);
     const detail::MapRun<sourceCount, Formula> visitor{formula};
     visitRuns(detail::runVisitor(visitor), block, sources, sourceCount, &destination);
 }
 
-/// Draws a whole picture: `formula(pixels, row, column)` gives the pixels from that place on. `pixels` only carries the
-/// type to return.
+/// Draws the top-left `columns` by `rows` pixels: `formula(pixels, row, column)` gives the pixels from that place on.
+/// `pixels` only carries the type to return.
 template <class Formula>
-void drawPicture(const PictureWriter& writer, const Formula& formula)
+void drawPicture(const PictureWriter& writer, int32_t columns, int32_t rows, const Formula& formula)
 {
-    mapBlock(writer, wholeBlock(writer), formula);
+    mapBlock(writer, {0, columns, 0, rows}, formula);
 }
 
 /// Whether every pixel of the block passes: the formula returns -1 where one does and 0 where it does not.

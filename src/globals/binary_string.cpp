@@ -110,9 +110,10 @@ REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
     if (!writer.OpenNew(contents.width, contents.height))
         return nullptr;
     const uint8_t* packed = contents.pixels;
-    for (int32_t row = 0; row < writer.height; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
-        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row),
-                      minimum(contents.width, writer.width));
+    const int32_t rows = minimum(contents.height, writer.height);
+    const int32_t columns = minimum(contents.width, writer.width);
+    for (int32_t row = 0; row < rows; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
+        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row), columns);
     return writer.RenderPictureWriter();
 }
 

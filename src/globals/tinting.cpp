@@ -29,7 +29,7 @@ REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uin
 {
     const Weights greyWeights(greyBase);
     const Weights tint(sepiaBase);
-    return mapPicture(source, [&](auto pixels) QVR_INLINE {
+    return mapPicture(source, [greyWeights, tint](auto pixels) QVR_INLINE {
         using Lane = LaneOf<decltype(pixels)>;
         const auto grey = (toDoubles<Lane>(pixels.red()) * greyWeights.red +
                            toDoubles<Lane>(pixels.green()) * greyWeights.green) +

@@ -118,7 +118,10 @@ private:
 class Bars
 {
 public:
-    Bars(const Columns& columns, int32_t centre) : first(columns.count + spareColumns), last(columns.count + spareColumns)
+    Bars(const Columns& columns, int32_t centre)
+        : columnCount(columns.count),
+          first(columns.count + spareColumns),
+          last(columns.count + spareColumns)
     {
         if (!*this)
             return;
@@ -136,9 +139,9 @@ public:
         return first && last;
     }
 
-    void draw(const PictureWriter& writer, uint32_t backColour, uint32_t foreColour) const
+    void draw(const PictureWriter& writer, int32_t rows, uint32_t backColour, uint32_t foreColour) const
     {
-        drawPicture(writer, [=, this](auto pixels, int32_t row, int32_t column) QVR_INLINE {
+        drawPicture(writer, columnCount, rows, [=, this](auto pixels, int32_t row, int32_t column) QVR_INLINE {
             using PixelVector = decltype(pixels);
             typename PixelVector::Integers firstRows;
             typename PixelVector::Integers lastRows;
@@ -153,6 +156,7 @@ private:
     /// A vector of columns may reach past the last one.
     static constexpr int32_t spareColumns = WideLanes::count;
 
+    int32_t columnCount;
     HeapArray<int32_t> first;
     HeapArray<int32_t> last;
 };
@@ -242,7 +246,7 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     PictureWriter writer;
     if (!bars || !writer.OpenNew(columnCount, rows))
         return nullptr;
-    bars.draw(writer, backColour, foreColour);
+    bars.draw(writer, rows, backColour, foreColour);
     if (outlineWidth == 1)
         traceOutline(columns, centre, [&writer](int32_t fromX, int32_t fromY, int32_t toX, int32_t toY) {
             DrawWuLine(writer, fromX, fromY, toX, toY);

@@ -90,13 +90,13 @@ REALpictureStruct* mapClamped(REALpictureStruct* picture, const PerChannel<Formu
     // The common case clamps in doubles, which takes fewer steps; only large values must become -2147483648 first.
     if (staysBelowInt32Limit(formulas.red) && staysBelowInt32Limit(formulas.green) &&
         staysBelowInt32Limit(formulas.blue))
-        return mapPicture(picture, [&formulas](auto pixels) QVR_INLINE {
+        return mapPicture(picture, [formulas](auto pixels) QVR_INLINE {
             using Lane = LaneOf<decltype(pixels)>;
             return Channels<Lane>{truncateToBytes<Lane>(formulas.red(toDoubles<Lane>(pixels.red()))),
                                   truncateToBytes<Lane>(formulas.green(toDoubles<Lane>(pixels.green()))),
                                   truncateToBytes<Lane>(formulas.blue(toDoubles<Lane>(pixels.blue())))};
         });
-    return mapPicture(picture, [&formulas](auto pixels) QVR_INLINE {
+    return mapPicture(picture, [formulas](auto pixels) QVR_INLINE {
         using Lane = LaneOf<decltype(pixels)>;
         return UnclampedChannels<Lane>{truncateToIntegers<Lane>(formulas.red(toDoubles<Lane>(pixels.red()))),
                                        truncateToIntegers<Lane>(formulas.green(toDoubles<Lane>(pixels.green()))),
@@ -151,7 +151,7 @@ REALpictureStruct* LinBrightnessPicture3(REALpictureStruct* picture, double brig
     const PerChannel<Line> lines{linearBrightness(brightnessRed), linearBrightness(brightnessGreen),
                                  linearBrightness(brightnessBlue)};
     // Deliberately not clamped, unlike the rest of the family.
-    return mapPicture(picture, [&lines](auto pixels) QVR_INLINE {
+    return mapPicture(picture, [lines](auto pixels) QVR_INLINE {
         using Lane = LaneOf<decltype(pixels)>;
         return Channels<Lane>{truncateToIntegers<Lane>(lines.red(toDoubles<Lane>(pixels.red()))) & 255,
                               truncateToIntegers<Lane>(lines.green(toDoubles<Lane>(pixels.green()))) & 255,

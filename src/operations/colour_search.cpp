@@ -47,9 +47,9 @@ bool coverAreas(const PictureReader& reader, const Block& block, int32_t left, i
 }
 
 /// Black where a bit of the mask is set, white elsewhere.
-void drawMask(const PictureWriter& writer, const BitGrid& mask)
+void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const BitGrid& mask)
 {
-    drawPicture(writer, [&mask](auto pixels, int32_t row, int32_t column) QVR_INLINE {
+    drawPicture(writer, width, height, [&mask](auto pixels, int32_t row, int32_t column) QVR_INLINE {
         using PixelVector = decltype(pixels);
         using Words = typename PixelVector::Words;
         Words laneBits{};
@@ -81,7 +81,7 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
     block.top = 0;
     if (!block.empty() && !coverAreas(reader, block, maximum(left, 0), maximum(top, 0), mask))
         return nullptr;
-    drawMask(writer, mask);
+    drawMask(writer, reader.width, reader.height, mask);
     return writer.RenderPictureWriter();
 }
 
