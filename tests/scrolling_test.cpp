@@ -1,0 +1,440 @@
+#include "tests/reference/scrolling.h"
+#include "tests/support/operation_checks.h"
+
+#include <limits>
+
+namespace
+{
+
+using standin::Picture;
+using standin::Storage;
+using standin::Value;
+
+constexpr int smallest = std::numeric_limits<int>::min();
+constexpr int largest = std::numeric_limits<int>::max();
+
+/// How the stand-in's QuickDraw shifts: a delta is reduced to 16 bits, and what is uncovered is erased to
+/// white.
+reference::Picture shifted(const reference::Picture& picture, int deltaX, int deltaY)
+{
+    const int dx = static_cast<std::int16_t>(deltaX);
+    const int dy = static_cast<std::int16_t>(deltaY);
+    reference::Picture result{picture.width, picture.height, {255, 255, 255, 255}};
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x)
+            if (x - dx >= 0 && x - dx < picture.width && y - dy >= 0 && y - dy < picture.height)
+                result.at(x, y) = picture.at(x - dx, y - dy);
+    return result;
+}
+
+class Scrolling : public ArtefactTest
+{
+protected:
+    static bool vertical(TestHost& host, const Picture& picture, int delta, bool wrap,
+                         bool scrollMask = false)
+    {
+        return boolean(host.call(picture, "ScrollVerticalQVR", {delta, wrap, scrollMask}));
+    }
+
+    static bool horizontal(TestHost& host, const Picture& picture, int delta, bool wrap,
+                           bool scrollMask = false)
+    {
+        return boolean(host.call(picture, "ScrollHorizontalQVR", {delta, wrap, scrollMask}));
+    }
+
+    static bool both(TestHost& host, const Picture& picture, int deltaX, int deltaY, bool wrap,
+                     bool scrollMask = false)
+    {
+        return boolean(host.call(picture, "ScrollQVR", {deltaX, deltaY, wrap, scrollMask}));
+    }
+
+    static void expectPixels(const reference::Picture& wanted, const Picture& got, const std::string& what)
+    {
+        expectPicture(wanted, got, what, Alpha::Exact);
+        EXPECT_TRUE(got.paddingIntact()) << what;
+    }
+
+private:
+    static bool boolean(const Value& result)
+    {
+        EXPECT_FALSE(result.exception().has_value());
+        return result.boolean();
+    }
+};
+ON_EVERY_ARTEFACT(Scrolling);
+
+TEST_P(Scrolling, KnownRotations)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        reference::Picture rows{3, 10};
+        for (int y = 0; y < 10; ++y)
+            for (int x = 0; x < 3; ++x)
+                rows.at(x, y) = {static_cast<std::uint8_t>(y), 0, 0};
+        for (const Storage storage : lockableStorages(host))
+        {
+            for (const int delta : {3, 13, -7, 23, -17})
+            {
+                const Picture picture = upload(host, rows, storage);
+                EXPECT_TRUE(vertical(host, picture, delta, true));
+                EXPECT_EQ(picture.pixel(1, 0).red, 7) << delta;
+                EXPECT_EQ(picture.pixel(1, 3).red, 0) << delta;
+            }
+            for (const int delta : {0, 10, -10, 20, -1000})
+            {
+                const Picture picture = upload(host, rows, storage);
+                EXPECT_TRUE(vertical(host, picture, delta, true));
+                expectPixels(download(upload(host, rows, storage)), picture, "a full turn");
+            }
+            for (const int delta : {5, -5})
+            {
+                const Picture picture = upload(host, rows, storage);
+                EXPECT_TRUE(vertical(host, picture, delta, true));
+                EXPECT_EQ(picture.pixel(0, 0).red, 5);
+                EXPECT_EQ(picture.pixel(2, 5).red, 0);
+            }
+            reference::Picture columns{6, 2};
+            for (int x = 0; x < 6; ++x)
+                columns.at(x, 0) = columns.at(x, 1) = {static_cast<std::uint8_t>(x), 0, 0};
+            const Picture picture = upload(host, columns, storage);
+            EXPECT_TRUE(horizontal(host, picture, -1, true));
+            for (int y = 0; y < 2; ++y)
+            {
+                EXPECT_EQ(picture.pixel(0, y).red, 1);
+                EXPECT_EQ(picture.pixel(5, y).red, 0);
+            }
+        }
+    });
+}
+
+TEST_P(Scrolling, RotationsEqualTheReference)
+{
+    std::uint32_t seed = 40;
+    forEachHost(artefact(), [&](TestHost& host) {
+        for (const Storage storage : lockableStorages(host))
+        {
+            Random random{++seed};
+            for (int times = 0; times < 150; ++times)
+            {
+                const int width = random.onceIn(10) ? random.between(40, 300) : random.between(1, 24);
+                const int height = random.onceIn(10) ? random.between(40, 100) : random.between(1, 24);
+                const auto delta = [&random](int size) {
+                    static const std::vector<int> extremes{smallest, smallest + 1, largest, -65536, 65537};
+                    return random.onceIn(8) ? random.oneOf(extremes)
+                                            : random.between(-2 * size - 2, 2 * size + 2);
+                };
+                const int dx = delta(width);
+                const int dy = delta(height);
+                const std::string what = std::to_string(dx) + ", " + std::to_string(dy);
+
+                const Picture picture = upload(host, randomPicture(random, width, height), storage);
+                const reference::Picture start = download(picture);
+                const int clears = picture.cacheClears();
+                EXPECT_TRUE(horizontal(host, picture, dx, true)) << what;
+                const reference::Picture across = reference::rotateHorizontally(start, dx);
+                expectPixels(across, picture, "ScrollHorizontalQVR " + what);
+                EXPECT_TRUE(vertical(host, picture, dy, true)) << what;
+                const reference::Picture wanted = reference::rotateVertically(across, dy);
+                expectPixels(wanted, picture, "ScrollVerticalQVR " + what);
+                if (dx != 0 || dy != 0)
+                    EXPECT_GT(picture.cacheClears(), clears) << what;
+
+                const Picture again = upload(host, start, storage);
+                EXPECT_TRUE(both(host, again, dx, dy, true)) << what;
+                expectPixels(wanted, again, "ScrollQVR " + what);
+                if (HasFailure())
+                    return;
+            }
+        }
+    });
+}
+
+TEST_P(Scrolling, GWorldsShift)
+{
+    TestHost host{hostSetup(artefact())};
+    Random random{50};
+    for (const Storage storage : {Storage::GWorld32, Storage::GWorld24, Storage::GWorld16, Storage::GWorld8})
+        for (const int delta : {1, -1, 3, -3, 8, 9, 10, -8, -12, 1000, 32767, 32768, 65536, 65536 + 2,
+                                -65536 - 2, largest, smallest})
+        {
+            const reference::Picture pixels = randomPicture(random, 9, 8);
+            Picture picture = upload(host, pixels, storage);
+            const reference::Picture start = download(picture);
+            EXPECT_TRUE(vertical(host, picture, delta, false));
+            expectPixels(shifted(start, 0, delta), picture, "vertical shift by " + std::to_string(delta));
+
+            picture = upload(host, pixels, storage);
+            EXPECT_TRUE(horizontal(host, picture, delta, false));
+            expectPixels(shifted(start, delta, 0), picture, "horizontal shift by " + std::to_string(delta));
+
+            picture = upload(host, pixels, storage);
+            EXPECT_TRUE(both(host, picture, delta, -2, false));
+            expectPixels(shifted(shifted(start, delta, 0), 0, -2), picture, "shift");
+        }
+    EXPECT_EQ(host.ledger().looseLocks, 0);
+}
+
+TEST_P(Scrolling, OtherPicturesDoNotShift)
+{
+    for (const standin::Kind kind : {standin::Kind::Desktop, standin::Kind::Console, standin::Kind::Web})
+    {
+        TestHost host{hostSetup(artefact(), kind)};
+        Random random{51};
+        const Storage storage = kind == standin::Kind::Desktop ? Storage::Drawable : Storage::Bitmap;
+        for (const int delta : {1, -2, 70000})
+        {
+            const Picture picture = upload(host, randomPicture(random, 7, 6), storage);
+            const reference::Picture start = download(picture);
+            EXPECT_FALSE(vertical(host, picture, delta, false));
+            EXPECT_TRUE(horizontal(host, picture, delta, false));
+            EXPECT_FALSE(both(host, picture, delta, delta, false));
+            EXPECT_TRUE(both(host, picture, delta, 0, false)) << "nothing is to move vertically";
+            expectPixels(start, picture, "shift");
+        }
+        EXPECT_EQ(host.ledger().looseLocks, 0) << "the description is unlocked";
+    }
+}
+
+TEST_P(Scrolling, NothingToScroll)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        for (const bool wrap : {false, true})
+        {
+            EXPECT_FALSE(vertical(host, Picture(), 1, wrap));
+            EXPECT_TRUE(horizontal(host, Picture(), 1, wrap));
+            EXPECT_FALSE(both(host, Picture(), 1, 1, wrap));
+            EXPECT_TRUE(vertical(host, Picture(), 0, wrap))
+                << "no distance is done before anything is looked at";
+            EXPECT_TRUE(both(host, Picture(), 1, 0, wrap));
+            EXPECT_FALSE(vertical(host, Picture(), 1, wrap, true));
+        }
+        for (const auto& [width, height] : {std::pair{0, 4}, std::pair{4, 0}, std::pair{0, 0}})
+        {
+            const Picture empty = host.newPicture(width, height);
+            EXPECT_FALSE(vertical(host, empty, 1, true)) << width << " x " << height;
+            EXPECT_TRUE(horizontal(host, empty, 1, true)) << width << " x " << height;
+            EXPECT_TRUE(vertical(host, empty, 0, true));
+        }
+    });
+}
+
+TEST_P(Scrolling, PicturesThatCannotBeWrittenDoNotRotate)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        Random random{52};
+        const bool bitmaps = host.newStorage() == Storage::Bitmap;
+        std::vector<Picture> pictures;
+        for (const Storage storage : sourceStorages(host))
+            if (storage != Storage::GWorld32 && storage != Storage::GWorld24 && storage != Storage::Bitmap)
+                pictures.push_back(upload(host, randomPicture(random, 5, 5), storage));
+        Picture broken = upload(host, randomPicture(random, 5, 5));
+        broken.quirks().lockFails = bitmaps;
+        broken.quirks().lockPixelsFails = !bitmaps;
+        pictures.push_back(broken);
+        for (const Picture& picture : pictures)
+        {
+            const reference::Picture start = download(picture);
+            EXPECT_FALSE(vertical(host, picture, 2, true));
+            EXPECT_TRUE(horizontal(host, picture, 2, true));
+            EXPECT_FALSE(both(host, picture, 1, 2, true));
+            expectPixels(start, picture, "rotation in " + storageName(picture.storage()));
+        }
+    });
+}
+
+TEST_P(Scrolling, MaskFollows)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        Random random{53};
+        const bool bitmaps = host.newStorage() == Storage::Bitmap;
+        for (const Storage storage : lockableStorages(host))
+            for (const bool wrap : {true, false})
+            {
+                if (!wrap && bitmaps)
+                    continue;
+                const auto moved = [wrap](const reference::Picture& picture, int dx, int dy) {
+                    return wrap ? reference::rotateVertically(reference::rotateHorizontally(picture, dx), dy)
+                                : shifted(shifted(picture, dx, 0), 0, dy);
+                };
+                Picture picture = upload(host, randomPicture(random, 8, 7), storage);
+                const Picture mask = upload(host, randomPicture(random, 8, 7), storage);
+                // A mask's own mask is left alone.
+                Picture maskWithMask = mask;
+                const Picture inner = upload(host, randomPicture(random, 8, 7), storage);
+                maskWithMask.setMask(inner);
+                const reference::Picture innerStart = download(inner);
+
+                // Without a mask, only the picture moves.
+                reference::Picture wanted = moved(download(picture), 0, 3);
+                EXPECT_TRUE(vertical(host, picture, 3, wrap, true));
+                expectPixels(wanted, picture, "picture without mask");
+                EXPECT_TRUE(picture.mask().isNil()) << "scrolling made a mask";
+
+                picture.setMask(mask);
+                reference::Picture wantedMask = download(mask);
+                const auto check = [&](bool result, int dx, int dy, bool withMask) {
+                    EXPECT_TRUE(result);
+                    wanted = moved(wanted, dx, dy);
+                    if (withMask)
+                        wantedMask = moved(wantedMask, dx, dy);
+                    expectPixels(wanted, picture, "picture");
+                    expectPixels(wantedMask, mask, "mask");
+                };
+                check(vertical(host, picture, 2, wrap, true), 0, 2, true);
+                check(vertical(host, picture, -1, wrap, false), 0, -1, false);
+                check(horizontal(host, picture, -3, wrap, true), -3, 0, true);
+                check(horizontal(host, picture, 1, wrap, false), 1, 0, false);
+                check(both(host, picture, 2, -3, wrap, true), 2, -3, true);
+                check(both(host, picture, 1, 1, wrap, false), 1, 1, false);
+                check(vertical(host, picture, 0, wrap, true), 0, 0, true);
+                expectPixels(innerStart, inner, "the mask's mask");
+            }
+    });
+}
+
+TEST_P(Scrolling, MaskMovesByItsOwnSize)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        Random random{54};
+        Picture picture = upload(host, randomPicture(random, 8, 7));
+        const Picture mask = upload(host, randomPicture(random, 5, 3));
+        picture.setMask(mask);
+        const reference::Picture wanted = reference::rotateVertically(download(mask), 5);
+        EXPECT_TRUE(vertical(host, picture, 5, true, true));
+        expectPixels(wanted, mask, "mask of another size");
+    });
+}
+
+TEST_P(Scrolling, MaskThatCannotMove)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        Random random{55};
+        const bool bitmaps = host.newStorage() == Storage::Bitmap;
+        Picture picture = upload(host, randomPicture(random, 8, 7));
+        Picture mask = upload(host, randomPicture(random, 8, 7));
+        mask.quirks().lockFails = bitmaps;
+        mask.quirks().nullBaseAddress = !bitmaps;
+        picture.setMask(mask);
+        const reference::Picture start = download(picture);
+        const reference::Picture startOfMask = download(mask);
+
+        EXPECT_FALSE(vertical(host, picture, 2, true, true)) << "the picture stays where the mask stays";
+        expectPixels(start, picture, "picture");
+        EXPECT_TRUE(horizontal(host, picture, 2, true, true)) << "the picture goes on alone";
+        const reference::Picture across = reference::rotateHorizontally(start, 2);
+        expectPixels(across, picture, "picture");
+        EXPECT_FALSE(both(host, picture, 1, 2, true, true));
+        expectPixels(reference::rotateHorizontally(across, 1), picture, "picture");
+        EXPECT_TRUE(vertical(host, picture, 0, true, true)) << "no distance is no failure";
+        EXPECT_TRUE(vertical(host, picture, 1, true, false));
+        expectPixels(startOfMask, mask, "mask");
+    });
+}
+
+TEST_P(Scrolling, WithoutQuickDrawNothingShifts)
+{
+    TestHost host{hostSetup(artefact())};
+    host.system().foldersFound = false;
+    Random random{56};
+    const Picture picture = upload(host, randomPicture(random, 8, 7));
+    const reference::Picture start = download(picture);
+    vertical(host, picture, 2, false);
+    EXPECT_TRUE(horizontal(host, picture, 2, false));
+    expectPixels(start, picture, "shift without QuickDraw");
+    EXPECT_FALSE(vertical(host, picture, 2, true));
+    EXPECT_TRUE(horizontal(host, picture, 2, true));
+    expectPixels(start, picture, "rotation without QuickDraw");
+}
+
+TEST_P(Scrolling, MissingQuickDrawFunctionsDoNoHarm)
+{
+    Random random{57};
+    const reference::Picture pixels = randomPicture(random, 8, 7);
+    for (const char* function : {"GetGWorld", "SetGWorld", "NewRgn", "ScrollRect", "DisposeRgn"})
+    {
+        SCOPED_TRACE(function);
+        TestHost host{hostSetup(artefact())};
+        host.system().absentQuickDraw = {function};
+        // A region that cannot be disposed of stays, and a picture scrolled in no port is the host's
+        // complaint.
+        host.ignoreLedger();
+        const Picture picture = upload(host, pixels);
+        vertical(host, picture, 2, false);
+        EXPECT_TRUE(horizontal(host, picture, 2, false));
+        EXPECT_TRUE(picture.paddingIntact());
+    }
+}
+
+TEST_P(Scrolling, SameOnAllVersions)
+{
+    Random random{58};
+    const reference::Picture pixels = randomPicture(random, 8, 7);
+    for (const HostSetup& setup : hostSetups(artefact()))
+        for (const double version : hostVersions)
+        {
+            TestHost host{setup.version(version)};
+            const Picture picture = upload(host, pixels);
+            const reference::Picture wanted =
+                reference::rotateVertically(reference::rotateHorizontally(download(picture), 3), -2);
+            EXPECT_TRUE(both(host, picture, 3, -2, true, true));
+            expectPixels(wanted, picture, host.setup().name);
+            EXPECT_EQ(vertical(host, picture, 1, false), host.newStorage() != Storage::Bitmap);
+        }
+}
+
+TEST_P(Scrolling, SurvivesFailingCalls)
+{
+    Random random{59};
+    const reference::Picture pixels = randomPicture(random, 6, 5);
+    for (const HostSetup& setup : hostSetups(artefact()))
+        for (const int delta : {2, -2})
+        {
+            bool failed = true;
+            for (int n = 1; failed && !HasFailure(); ++n)
+            {
+                SCOPED_TRACE(setup.name + ", call " + std::to_string(n) + " fails");
+                TestHost host{setup};
+                const Picture picture = upload(host, pixels);
+                const reference::Picture start = download(picture);
+                host.faults().failAnyCall(n);
+                // A failure leaves the picture as it was and is told by false; nothing is ever half moved.
+                const bool moved = vertical(host, picture, delta, true);
+                failed = host.faults().failures() != 0;
+                EXPECT_TRUE(moved || failed);
+                expectPixels(moved ? reference::rotateVertically(start, delta) : start, picture,
+                             "vertical rotation");
+
+                // The horizontal rotation says nothing about its failures.
+                host.faults().clear();
+                host.faults().failAnyCall(n);
+                EXPECT_TRUE(horizontal(host, picture, delta, true));
+                failed = failed || host.faults().failures() != 0;
+            }
+        }
+}
+
+TEST_P(Scrolling, FailedAllocationLeavesThePictureAlone)
+{
+    Random random{60};
+    const reference::Picture pixels = randomPicture(random, 300, 200);
+    forEachHost(artefact(), [&](TestHost& host) {
+        for (const Storage storage : lockableStorages(host))
+        {
+            const Picture picture = upload(host, pixels, storage);
+            const reference::Picture start = download(picture);
+            host.faults().failAlways("malloc");
+            host.faults().failAlways("calloc");
+            const bool movedDown = vertical(host, picture, 50, true);
+            const reference::Picture afterVertical = download(picture);
+            EXPECT_TRUE(horizontal(host, picture, 60, true));
+            const bool allocates = host.faults().failures() != 0;
+            host.faults().clear();
+            // Who needs no memory may move; who does must leave everything in place.
+            EXPECT_TRUE(afterVertical == (movedDown ? reference::rotateVertically(start, 50) : start));
+            const reference::Picture end = download(picture);
+            EXPECT_TRUE(end == afterVertical || end == reference::rotateHorizontally(afterVertical, 60));
+            EXPECT_TRUE(allocates || (movedDown && end != afterVertical));
+        }
+    });
+}
+
+} // namespace

@@ -1,0 +1,26 @@
+/// \file
+/// The two filter classes have the same picture and rectangle properties.
+#pragma once
+
+#include "tests/reference/filter_block.h"
+#include "tests/support/operation_checks.h"
+
+#include <cstring>
+
+/// Sets "MinX", "MinY", "MaxX" and "MaxY".
+void setRectangle(standin::Instance& filter, const reference::FilterRectangle& rectangle);
+/// Rectangles in and around a picture of this size, and far from it.
+reference::FilterRectangle randomRectangle(Random& random, int width, int height);
+/// The fresh picture that a filter starts from.
+reference::Picture freshPicture(const standin::Picture& source);
+/// Sets the source, runs the filter and gives "DestinationPicture", which must be nil when it failed.
+standin::Picture runFilter(standin::Instance& filter, const standin::Picture& source);
+
+/// What the host would read at an offset of an instance's data.
+template <class Field>
+Field fieldAt(standin::Instance& instance, int offset)
+{
+    Field field;
+    std::memcpy(&field, instance.data() + offset, sizeof field);
+    return field;
+}
