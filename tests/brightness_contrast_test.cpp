@@ -1,0 +1,245 @@
+#include "tests/reference/brightness_contrast.h"
+
+#include "tests/support/pictures.h"
+#include "tests/support/torture.h"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace
+{
+
+using reference::allChannels;
+using reference::Channels;
+using reference::Picture;
+using reference::Pixel;
+using standin::Arguments;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+class BrightnessContrast : public ArtefactTest
+{
+};
+ON_EVERY_ARTEFACT(BrightnessContrast);
+
+/// A call and what it gives.
+struct Call
+{
+    std::string method;
+    Arguments arguments;
+    std::function<Picture(const Picture&)> wanted;
+};
+
+Arguments argumentsOf(std::initializer_list<Channels> values)
+{
+    Arguments arguments;
+    for (const Channels& channels : values)
+        arguments.insert(arguments.end(), {channels.red, channels.green, channels.blue});
+    return arguments;
+}
+
+/// Every overload, all of the parameters from `next`.
+std::vector<Call> everyCall(const std::function<double()>& next)
+{
+    const double k = next();
+    const double m = next();
+    const Channels ks{next(), next(), next()};
+    const Channels ms{next(), next(), next()};
+    return {
+        {"ChangeContrastBrightnessLinearQVR", argumentsOf({ks, ms}),
+         [=](const Picture& p) { return contrastLinearBrightness(p, ks, ms); }},
+        {"ChangeContrastBrightnessLinearQVR",
+         {k, m},
+         [=](const Picture& p) { return contrastLinearBrightness(p, allChannels(k), allChannels(m)); }},
+        {"ChangeContrastBrightnessAbsoluteQVR", argumentsOf({ks, ms}),
+         [=](const Picture& p) { return contrastAbsoluteBrightness(p, ks, ms); }},
+        {"ChangeContrastBrightnessAbsoluteQVR",
+         {k, m},
+         [=](const Picture& p) { return contrastAbsoluteBrightness(p, allChannels(k), allChannels(m)); }},
+        {"ChangeBrightnessAbsoluteQVR", argumentsOf({ms}),
+         [=](const Picture& p) { return absoluteBrightness(p, ms); }},
+        {"ChangeBrightnessAbsoluteQVR",
+         {m},
+         [=](const Picture& p) { return absoluteBrightness(p, allChannels(m)); }},
+        {"ChangeBrightnessLinearQVR", argumentsOf({ms}),
+         [=](const Picture& p) { return linearBrightness(p, ms); }},
+        {"ChangeBrightnessLinearQVR",
+         {m},
+         [=](const Picture& p) { return linearBrightness(p, allChannels(m)); }},
+        {"ChangeContrastQVR", argumentsOf({ks}), [=](const Picture& p) { return contrast(p, ks); }},
+        {"ChangeContrastQVR", {k}, [=](const Picture& p) { return contrast(p, allChannels(k)); }},
+        {"ChangeCustomQVR", {k, m}, [=](const Picture& p) { return custom(p, k, m); }},
+    };
+}
+
+/// All 256 values of a channel, other ones in each of the three.
+Picture everyValue()
+{
+    Picture picture(256, 1);
+    for (int x = 0; x < 256; ++x)
+        picture.at(x, 0) = {static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x),
+                            static_cast<std::uint8_t>(x * 7), static_cast<std::uint8_t>(x)};
+    return picture;
+}
+
+/// What one call makes of one pixel, on every host.
+void expectPixel(standin::Artefact artefact, Pixel source, const std::string& method,
+                 const Arguments& arguments, Pixel wanted)
+{
+    forEachHost(artefact, [&](TestHost& host) {
+        expectCall(Picture(3, 2, wanted), host, upload(host, Picture(3, 2, source)), method, arguments);
+    });
+}
+
+TEST_P(BrightnessContrast, NeutralParametersCopyTheColours)
+{
+    Picture copy = everyValue();
+    for (Pixel& pixel : copy.pixels)
+        pixel.alpha = 255;
+    forEachHost(artefact(), [&](TestHost& host) {
+        const standin::Picture photo = upload(host, everyValue());
+        expectCall(copy, host, photo, "ChangeContrastQVR", {0.0});
+        expectCall(copy, host, photo, "ChangeBrightnessAbsoluteQVR", {0.0});
+        expectCall(copy, host, photo, "ChangeBrightnessLinearQVR", {0.0});
+        expectCall(copy, host, photo, "ChangeCustomQVR", {1.0, 0.0});
+        expectCall(copy, host, photo, "ChangeContrastBrightnessLinearQVR", {0.0, 0.0});
+        expectCall(copy, host, photo, "ChangeContrastBrightnessAbsoluteQVR", {0.0, 0.0});
+    });
+}
+
+TEST_P(BrightnessContrast, ContrastTurnsAround127)
+{
+    expectPixel(artefact(), {200, 100, 0}, "ChangeContrastQVR", {-1.0}, {127, 127, 127});
+    expectPixel(artefact(), {200, 100, 0}, "ChangeContrastQVR", {1.0}, {255, 73, 0});
+    expectPixel(artefact(), {200, 100, 0}, "ChangeContrastQVR", {1.0, 0.0, -1.0}, {255, 100, 127});
+}
+
+TEST_P(BrightnessContrast, AbsoluteBrightnessIsAddedAndTruncated)
+{
+    expectPixel(artefact(), {100, 100, 100}, "ChangeBrightnessAbsoluteQVR", {10.9}, {110, 110, 110});
+    expectPixel(artefact(), {100, 100, 100}, "ChangeBrightnessAbsoluteQVR", {-0.5}, {99, 99, 99});
+    expectPixel(artefact(), {0, 100, 250}, "ChangeBrightnessAbsoluteQVR", {-0.5, 0.0, 10.0}, {0, 100, 255});
+}
+
+TEST_P(BrightnessContrast, LinearBrightnessRunsToWhiteAndBlackAndWrapsBeyond)
+{
+    const Pixel some{3, 100, 255};
+    expectPixel(artefact(), some, "ChangeBrightnessLinearQVR", {255.0}, {255, 255, 255});
+    expectPixel(artefact(), some, "ChangeBrightnessLinearQVR", {-255.0}, {0, 0, 0});
+    expectPixel(artefact(), {255, 255, 255}, "ChangeBrightnessLinearQVR", {-300.0}, {211, 211, 211});
+    expectPixel(artefact(), {0, 0, 0}, "ChangeBrightnessLinearQVR", {300.0}, {44, 44, 44});
+}
+
+TEST_P(BrightnessContrast, CombinedFormsClamp)
+{
+    const Pixel some{3, 100, 255};
+    expectPixel(artefact(), {127, 200, 255}, "ChangeContrastBrightnessLinearQVR", {1.0, 255.0},
+                {255, 255, 255});
+    expectPixel(artefact(), some, "ChangeContrastBrightnessAbsoluteQVR", {0.0, 300.0}, {255, 255, 255});
+    expectPixel(artefact(), some, "ChangeContrastBrightnessLinearQVR", {0.0, -300.0}, {0, 0, 0});
+}
+
+TEST_P(BrightnessContrast, NotANumberEndsAsZeroInItsChannelOnly)
+{
+    expectPixel(artefact(), {1, 2, 3}, "ChangeBrightnessAbsoluteQVR", {notANumber, 0.0, 1.0}, {0, 2, 4});
+    expectPixel(artefact(), {1, 2, 3}, "ChangeBrightnessLinearQVR", {0.0, notANumber, 0.0}, {1, 0, 3});
+    expectPixel(artefact(), {1, 2, 3}, "ChangeContrastQVR", {0.0, 0.0, notANumber}, {1, 2, 0});
+    expectPixel(artefact(), {1, 2, 3}, "ChangeCustomQVR", {notANumber, 0.0}, {0, 0, 0});
+    expectPixel(artefact(), {1, 2, 3}, "ChangeContrastBrightnessLinearQVR", {0.0, notANumber}, {0, 0, 0});
+}
+
+TEST_P(BrightnessContrast, WhatDoesNotFitAnIntegerEndsAsZero)
+{
+    const Pixel some{200, 100, 1};
+    for (const double large : {2147483648.0, 1e300, infinity, -infinity, -2147483904.0, -1e300})
+    {
+        expectPixel(artefact(), some, "ChangeBrightnessAbsoluteQVR", {large}, {0, 0, 0});
+        expectPixel(artefact(), some, "ChangeCustomQVR", {1.0, large}, {0, 0, 0});
+    }
+    // The largest integer fits before the channel is added, and beyond with it.
+    expectPixel(artefact(), {0, 1, 200}, "ChangeBrightnessAbsoluteQVR", {2147483647.0}, {255, 0, 0});
+    expectPixel(artefact(), {0, 1, 200}, "ChangeBrightnessLinearQVR", {infinity}, {0, 0, 0});
+}
+
+TEST_P(BrightnessContrast, OneValueIsThreeEqualValues)
+{
+    Random random{41};
+    forEachHost(artefact(), [&](TestHost& host) {
+        const standin::Picture photo = upload(host, randomPicture(random, 33, 3));
+        for (int i = 0; i < 20; ++i)
+        {
+            const double k = random.parameter();
+            const double m = random.parameter();
+            const auto same = [&](const std::string& method, const Arguments& one, const Arguments& three) {
+                expectPicture(download(host.call(photo, method, three).picture()),
+                              host.call(photo, method, one).picture(), callText(method, one), Alpha::Exact);
+            };
+            same("ChangeContrastQVR", {k}, {k, k, k});
+            same("ChangeBrightnessAbsoluteQVR", {m}, {m, m, m});
+            same("ChangeBrightnessLinearQVR", {m}, {m, m, m});
+            same("ChangeContrastBrightnessLinearQVR", {k, m}, {k, k, k, m, m, m});
+            same("ChangeContrastBrightnessAbsoluteQVR", {k, m}, {k, k, k, m, m, m});
+        }
+    });
+}
+
+TEST_P(BrightnessContrast, EqualsTheReferenceForEveryChannelValue)
+{
+    Random random{42};
+    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+        const standin::Picture photo = upload(host, everyValue());
+        const Picture source = download(photo);
+        for (int i = 0; i < 60; ++i)
+            for (const Call& call : everyCall([&] { return random.parameter(); }))
+                expectCall(call.wanted(source), host, photo, call.method, call.arguments);
+    });
+}
+
+TEST_P(BrightnessContrast, EqualsTheReferenceInEverySizeAndStorage)
+{
+    Random random{43};
+    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+        for (const auto& [width, height] : testSizes())
+        {
+            const Picture content = randomPictureOfAnyPalette(random, width, height);
+            for (const standin::Storage storage : sourceStorages(host))
+            {
+                const standin::Picture photo = upload(host, content, storage);
+                const Picture source = download(photo);
+                for (const Call& call : everyCall([&] { return random.parameter(); }))
+                    expectCall(call.wanted(source), host, photo, call.method, call.arguments);
+            }
+        }
+    });
+}
+
+TEST_P(BrightnessContrast, LargePicturesAreRightToo)
+{
+    Random random{44};
+    const Picture content = randomPicture(random, 1201, 900);
+    TestHost host{hostSetup(artefact())};
+    const standin::Picture photo = upload(host, content);
+    for (const Call& call : everyCall([&] { return std::abs(random.parameter()); }))
+        expectCall(call.wanted(content), host, photo, call.method, call.arguments);
+}
+
+TEST_P(BrightnessContrast, NilAndPicturesOfImpossibleSizesGiveNil)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        for (const Call& call : everyCall([] { return 0.5; }))
+        {
+            expectNil(host, standin::Picture(), call.method, call.arguments);
+            expectNilForImpossibleSizes(host, call.method, call.arguments);
+        }
+    });
+}
+
+TEST_P(BrightnessContrast, SurvivesEveryFailure)
+{
+    for (const Call& call : everyCall([] { return 0.5; }))
+        tortureMethod(artefact(), call.method, call.arguments);
+}
+
+} // namespace

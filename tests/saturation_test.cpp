@@ -1,0 +1,101 @@
+#include "tests/reference/saturation.h"
+
+#include "tests/support/pictures.h"
+#include "tests/support/torture.h"
+
+#include <limits>
+
+namespace
+{
+
+using reference::Picture;
+using reference::Pixel;
+
+constexpr int most = std::numeric_limits<int>::max();
+constexpr int least = std::numeric_limits<int>::min();
+
+class Saturation : public ArtefactTest
+{
+};
+ON_EVERY_ARTEFACT(Saturation);
+
+TEST_P(Saturation, PushesChannelsFromTheirGrey)
+{
+    const Pixel some{200, 100, 50, 3};
+    const std::pair<int, Pixel> amounts[] = {
+        {0, {200, 100, 50}}, {-255, {112, 112, 112}}, {255, {255, 88, 0}}, {-128, {155, 107, 82}}};
+    forEachHost(artefact(), [&](TestHost& host) {
+        for (const auto& [amount, wanted] : amounts)
+            expectCall(Picture(3, 2, wanted), host, upload(host, Picture(3, 2, some)), "ChangeSaturationQVR",
+                       {amount});
+    });
+}
+
+TEST_P(Saturation, GreysStayWhateverTheAmount)
+{
+    Picture greys(256, 1);
+    for (int x = 0; x < 256; ++x)
+    {
+        const auto grey = static_cast<std::uint8_t>(x);
+        greys.at(x, 0) = {grey, grey, grey};
+    }
+    forEachHost(artefact(), [&](TestHost& host) {
+        const standin::Picture photo = upload(host, greys);
+        for (const int amount : {0, 1, -1, -255, 255, -256, -1000, 5'000'000, 50'000'000, most, least})
+            expectCall(greys, host, photo, "ChangeSaturationQVR", {amount});
+    });
+}
+
+TEST_P(Saturation, EqualsTheReferenceEverywhere)
+{
+    Random random{51};
+    const std::vector<int> special{0,       1,          -1,         255,       -255,       -256,
+                                   -510,    8'000'000,  8'421'505,  9'000'000, -9'000'000, 1 << 24,
+                                   1 << 30, most - 255, most - 254, most,      least,      least + 1};
+    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+        for (const auto& [width, height] : testSizes())
+        {
+            const Picture content = randomPictureOfAnyPalette(random, width, height);
+            for (const standin::Storage storage : sourceStorages(host))
+            {
+                const standin::Picture photo = upload(host, content, storage);
+                const Picture source = download(photo);
+                for (const int amount :
+                     {random.oneOf(special), random.between(-600, 600), random.between(least, most)})
+                    expectCall(saturation(source, amount), host, photo, "ChangeSaturationQVR", {amount});
+            }
+        }
+    });
+}
+
+/// Every difference of a channel from the grey meets many factors.
+TEST_P(Saturation, EqualsTheReferenceForManyAmounts)
+{
+    Random random{52};
+    const Picture content = randomPicture(random, 301, 11, Palette::Extremes);
+    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+        const standin::Picture photo = upload(host, content);
+        for (int amount = -520; amount <= 520; amount += 7)
+            expectCall(saturation(content, amount), host, photo, "ChangeSaturationQVR", {amount});
+        for (int i = 0; i < 100; ++i)
+        {
+            const int amount = random.between(least, most);
+            expectCall(saturation(content, amount), host, photo, "ChangeSaturationQVR", {amount});
+        }
+    });
+}
+
+TEST_P(Saturation, NilAndPicturesOfImpossibleSizesGiveNil)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        expectNil(host, standin::Picture(), "ChangeSaturationQVR", {10});
+        expectNilForImpossibleSizes(host, "ChangeSaturationQVR", {10});
+    });
+}
+
+TEST_P(Saturation, SurvivesEveryFailure)
+{
+    tortureMethod(artefact(), "ChangeSaturationQVR", {100});
+}
+
+} // namespace
