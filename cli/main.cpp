@@ -1,0 +1,125 @@
+#include "cli/apply.h"
+#include "cli/host_choice.h"
+#include "cli/list.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+#include "build_info.h"
+
+namespace
+{
+
+constexpr int usageError = 2;
+
+constexpr const char* applyExamples = R"(
+Arguments are written as in the host's language: 12, -1.5, &hFF, &c88B5C4, true, nil, "text". @FILE passes a file as
+whatever is declared there: an image as picture, a sound (.wav, PCM) or raw bytes as memoryblock, bytes as string.
+FILES are the picture that the method belongs to (none for global methods) and what the call names as @1, @2 ...; one more
+is the output: the resulting picture or string, or the picture itself as the call has left it. Booleans, numbers and
+byref variables are printed.
+
+Examples:
+  pictureqvr apply 'InvertQVR(10, 10, 200, 100)' photo.jpg out.png
+  pictureqvr apply 'ReplaceRedChannelQVR(@2)' photo.jpg other.jpg out.png
+  pictureqvr apply 'MergePictureQVR(@1, @2)' one.png two.png out.png
+  pictureqvr apply 'FindPictureQVR(@crop.png, x, y)' photo.png
+  pictureqvr apply 'CountColorsQVR(red, blue, green, count)' photo.jpg --save red=red.dat
+  pictureqvr apply 'EmbeddedMaskQVR(false) = @mask.png' photo.jpg out.png --alpha
+  pictureqvr apply 'ScrollQVR(100, 50, true, false)' photo.jpg out.png
+  pictureqvr apply 'RenderSamplesQVR(@sound.wav, 0, 0, 800, 300, 1, &c88B5C4, &c274C5A, &c203F4E, 15)' wave.png
+)";
+
+constexpr const char* filterExamples = R"(
+Examples:
+  pictureqvr filter PictureSepiaQVR --set SepiaRed=40 --set SepiaGreen=20 photo.jpg out.png
+  pictureqvr filter PictureLut3DQVR --set 'Table(0, 0, 0, 0)=12.5' photo.jpg out.png
+)";
+
+/// One line, whatever the message looks like.
+int fail(const std::string& message, int code)
+{
+    std::string line = message.substr(0, message.find_last_not_of('\n') + 1);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::cerr << "pictureqvr: " << line << "\n";
+    return code;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    CLI::App app("Calls the methods of the PictureQVR plug-in on pictures, through a stand-in for its host.",
+                 "pictureqvr");
+    app.set_version_flag("--version", std::string("pictureqvr ") + build::version,
+                         "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    constexpr std::size_t optionColumn = 34;
+    app.get_formatter()->column_width(optionColumn);
+    app.require_subcommand(1);
+    app.fallthrough();
+
+    cli::HostChoice choice;
+    choice.addOptions(app);
+
+    bool json = false;
+    CLI::App& list = *app.add_subcommand("list", "List everything that the plug-in registers");
+    list.add_flag("--json", json, "As JSON");
+
+    cli::ApplyRequest request;
+    CLI::App& apply = *app.add_subcommand("apply", "Call one method on picture files");
+    apply.footer(applyExamples);
+    apply.add_option("CALL", request.call, "The call, such as 'InvertQVR(10, 10, 200, 100)'")
+        ->required()
+        ->type_name("");
+    apply.add_option("FILES", request.files, "Input files, then the output file")->type_name("");
+    apply.add_option("--save", request.saves, "Write the byref memory block NAME to FILE; can be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("NAME=FILE");
+    apply.add_option("--mask", request.mask, "Give the picture a mask before the call")->type_name("FILE");
+    apply.add_flag("--alpha", request.alpha, "Save the alpha bytes too (default: opaque)");
+
+    cli::FilterRequest filterRequest;
+    CLI::App& filter = *app.add_subcommand("filter", "Run a filter class on a picture file");
+    filter.footer(filterExamples);
+    filter.add_option("CLASS", filterRequest.className, "Name of the class")->required()->type_name("");
+    filter.add_option("IN", filterRequest.input, "The source picture")->required()->type_name("");
+    filter.add_option("OUT", filterRequest.output, "Where the result goes")->required()->type_name("");
+    filter
+        .add_option("--set", filterRequest.settings,
+                    "Set a property or an assignable method; can be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("NAME=VALUE");
+    filter.add_flag("--alpha", filterRequest.alpha, "Save the alpha bytes too (default: opaque)");
+
+    try
+    {
+        app.parse(argumentCount, arguments);
+        if (list)
+            cli::list(standin::Host(choice.options()), json);
+        else if (apply)
+            cli::apply(choice, request);
+        else if (filter)
+            cli::filter(choice, filterRequest);
+    }
+    catch (const CLI::Success& wish)
+    {
+        return app.exit(wish);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return fail(error.what() + std::string("; see pictureqvr --help"), usageError);
+    }
+    catch (const std::exception& error)
+    {
+        return fail(error.what(), EXIT_FAILURE);
+    }
+    if (!std::cout.flush())
+        return fail("cannot write to standard output", EXIT_FAILURE);
+    return EXIT_SUCCESS;
+}
