@@ -317,7 +317,7 @@ TEST_P(Waveform, OutlinesFarOutside)
     // Tall pictures make lines longer than 16 bits hold, in both directions.
     forEachHost(artefact(), [](TestHost& host) {
         const Bytes swings = words({32767, -32768, 32767, 0, -32768, 20000, 100, -100, 32767, -32768});
-        for (const int height : {32767, 30000, 20000, 16384, 8000})
+        for (const int height : {32767, 20000, 8000})
             for (const int smooth : {1, 0, 2})
                 expectWaveform(
                     host, swings,
