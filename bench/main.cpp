@@ -151,7 +151,7 @@ private:
                 printRow(row, result, options.effort.rounds);
         }
         if (!options.json)
-            printLegend();
+            printLegend(buffers);
         if (!options.filters.empty())
             return;
         for (const std::string& method : methodsWithoutRow(workshop))
@@ -171,7 +171,6 @@ private:
         {
             const Size size(megapixels);
             Workshop workshop(setting, photograph, size.width, size.height);
-            Progress progress("growth");
             for (std::size_t index = 0; index < rows.size(); ++index)
             {
                 std::fprintf(stderr, "%d x %d: %s\n", size.width, size.height, rows[index].name.c_str());

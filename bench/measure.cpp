@@ -81,6 +81,16 @@ void CopyBuffers::copy(std::size_t size)
     asm volatile("" : : "r"(target.get()) : "memory");
 }
 
+double CopyBuffers::secondsToCopy(std::size_t size)
+{
+    constexpr int tries = 15;
+    reserve(size);
+    double best = secondsOf([&] { copy(size); });
+    for (int attempt = 1; attempt < tries; ++attempt)
+        best = std::min(best, secondsOf([&] { copy(size); }));
+    return best;
+}
+
 void CopyBuffers::free()
 {
     source.reset();

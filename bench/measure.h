@@ -49,6 +49,8 @@ public:
     void reserve(std::size_t size);
     void copy(std::size_t size);
     void free();
+    /// Processor time of a copy, the best of some.
+    double secondsToCopy(std::size_t size);
 
 private:
     struct Release

@@ -37,8 +37,8 @@ struct Result
 void printHead();
 /// Prints one line as soon as it is known; `wantedRounds` tells whether it had to make do with fewer.
 void printRow(const Row& row, const Result& result, int wantedRounds);
-/// What the columns mean.
-void printLegend();
+/// What the columns mean, and how this machine compares with the one that the peers ran on.
+void printLegend(CopyBuffers& buffers);
 
 void printGrowthHead(const std::vector<double>& megapixels);
 /// One line with the speed at every size, and how much longer a pixel takes at the largest than at the

@@ -342,11 +342,12 @@ void addStatistics(std::vector<Row>& rows)
 
 void addChannels(std::vector<Row>& rows)
 {
-    for (const std::string channel : {"Red", "Green", "Blue"})
-        rows.push_back({"replace-" + channel, peer("replace a channel"), [channel](Workshop& workshop) {
-                            return callJob(workshop, workshop.photo(), "Replace" + channel + "ChannelQVR",
-                                           {workshop.otherPhoto()}, {2, 1});
-                        }});
+    for (const std::string channel : {"red", "green", "blue"})
+        rows.push_back(
+            {"replace-" + channel + "-channel", peer("replace a channel"), [channel](Workshop& workshop) {
+                 return callJob(workshop, workshop.photo(), "Replace" + channel + "ChannelQVR",
+                                {workshop.otherPhoto()}, {2, 1});
+             }});
     rows.push_back({"combine", peer("combine channels"), [](Workshop& workshop) {
                         const Picture third = workshop.photoCopy();
                         return globalJob(workshop, "CombinePicturesQVR",
@@ -406,7 +407,7 @@ void addMasks(std::vector<Row>& rows)
          Unit::Calls});
 }
 
-/// Scrolls a picture of its own, `share` of its width or height far; 0 is one pixel.
+/// Scrolls a picture of its own, which every pass reads and writes once.
 Job scrollJob(Workshop& workshop, const std::string& method, const Arguments& arguments, int passes = 1)
 {
     Job job = callJob(workshop, workshop.photoCopy(), method, arguments, {0, 0}, Expect::Anything);
@@ -478,18 +479,13 @@ void addFind(std::vector<Row>& rows)
                         });
                         return findJob(workshop, workshop.photo(), sub);
                     }});
-    /// A blank picture and a blank piece but for one place, which makes every position look right for long.
-    const auto blank = [&rows](const std::string& name, auto different) {
-        rows.push_back({name, peer("find in blank"), [different](Workshop& workshop) {
-                            const Picture sub = workshop.paint(
-                                side, side, [&](int x, int y) { return different(x, y) ? black : white; });
-                            return findJob(workshop, workshop.plain(white), sub);
-                        }});
-    };
-    blank("find-blank-last-pixel", [](int x, int y) { return x == side - 1 && y == side - 1; });
-    blank("find-blank-last-row", [](int, int y) { return y == side - 1; });
-    blank("find-blank-second-row", [](int x, int y) { return x == side - 1 && y == 1; });
-    blank("find-blank-first-row-end", [](int x, int y) { return x == side - 1 && y == 0; });
+    // The search keeps rows that it has stepped over after a piece's first row fitted, so what takes long are
+    // first rows that fit up to their last pixel, everywhere.
+    const auto endsBlack = [](int x, int y) { return y > 0 || x == side - 1 ? black : white; };
+    rows.push_back({"find-blank", peer("find in blank"), [endsBlack](Workshop& workshop) {
+                        return findJob(workshop, workshop.plain(white),
+                                       workshop.paint(side, side, endsBlack));
+                    }});
     rows.push_back({"find-dotted", peer("find in blank"), [](Workshop& workshop) {
                         // Runs one pixel too short for the piece's first row.
                         const Picture dotted =
@@ -497,15 +493,26 @@ void addFind(std::vector<Row>& rows)
                         const Picture sub = workshop.paint(side, side, allOf(white));
                         return findJob(workshop, dotted, sub);
                     }});
+    rows.push_back({"find-wrapped", peer("find in blank"), [endsBlack](Workshop& workshop) {
+                        // So many first rows fit from the middle on that the search runs out of rows and
+                        // stays on row 0.
+                        const Picture picture = workshop.paint([half = workshop.height / 2](int x, int y) {
+                            return y >= half && x % side == side - 1 ? black : white;
+                        });
+                        return findJob(workshop, picture, workshop.paint(side, side, endsBlack));
+                    }});
     rows.push_back({"find-mostly-blank", peer("find in blank"), [](Workshop& workshop) {
                         const int left = workshop.width * 3 / 4;
                         const int top = workshop.height * 3 / 4;
                         const Picture corner = workshop.paint([&](int x, int y) {
                             return x >= left && y >= top ? workshop.photo().pixel(x, y) : white;
                         });
-                        const Picture sub =
-                            workshop.cropped(corner, left - side + 1, top - side + 1, side, side);
-                        return findJob(workshop, corner, sub);
+                        const Picture sub = workshop.cropped(corner, left - side + 1, top, side, side);
+                        Job job = findJob(workshop, corner, sub, Expect::True);
+                        const double share = static_cast<double>(top) / workshop.height;
+                        job.items *= share;
+                        job.bytes *= share;
+                        return job;
                     }});
 }
 

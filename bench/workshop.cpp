@@ -75,7 +75,7 @@ bool Workshop::uses(const standin::Declaration& declaration) const
 {
     const auto fits = [&](const std::pair<std::string, std::size_t>& use) {
         const auto& parameters = declaration.parameters;
-        return use.first == declaration.name && use.second <= parameters.size() &&
+        return standin::sameName(use.first, declaration.name) && use.second <= parameters.size() &&
                std::all_of(
                    parameters.begin() + static_cast<std::ptrdiff_t>(use.second), parameters.end(),
                    [](const standin::Parameter& parameter) { return parameter.defaultValue.has_value(); });
