@@ -91,6 +91,12 @@ struct UnclampedChannels
     Integers red;
     Integers green;
     Integers blue;
+
+    /// The low 8 bits instead of clamped values.
+    QVR_INLINE Channels<LaneType> lowBytes() const
+    {
+        return {red & 255, green & 255, blue & 255};
+    }
 };
 
 /// `LaneType::count` pixels as words of one format; the spare byte holds anything.

@@ -29,9 +29,16 @@ QVR_INLINE inline typename Lane::Integers truncateToBytes(typename Lane::Doubles
     return __builtin_convertvector(positive < white ? positive : white, typename Lane::Integers);
 }
 
+/// Truncates values that are known to fit 32-bit integers.
+template <class Lane>
+QVR_INLINE inline typename Lane::Integers truncateFitting(typename Lane::Doubles values)
+{
+    return __builtin_convertvector(values, typename Lane::Integers);
+}
+
 /// Truncates any values to 32-bit integers; what does not fit, and NaN, becomes -2147483648.
 template <class Lane>
-QVR_INLINE inline typename Lane::Integers truncateToIntegers(typename Lane::Doubles values)
+QVR_INLINE inline typename Lane::Integers truncateAny(typename Lane::Doubles values)
 {
     using Doubles = typename Lane::Doubles;
     const Doubles least = Doubles{} - 2147483648.0;

@@ -209,15 +209,18 @@ struct CountRun
 template <class Formula, class BitsOfRow>
 struct MarkRun
 {
-    const Formula& passes;
+    const Formula& sharedPasses;
     const BitsOfRow& bitsOfRow;
 
     template <class Format, class Lane>
-    QVR_INLINE bool visit(const Run& run) const
+    QVR_INLINE bool visit(const Run& sharedRun) const
     {
         using Loop = RunLoop<Format, Lane>;
         constexpr int32_t wordBits = 32;
 
+        // Copies of its own, as in MapRun.
+        const Run run = sharedRun;
+        const Formula passes = sharedPasses;
         // Converted runs start at multiples of a word's bits.
         uint32_t* bits = bitsOfRow(run.row) + run.column / wordBits;
         const uint8_t* pixels = run.sources[0];

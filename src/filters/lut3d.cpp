@@ -17,11 +17,22 @@ constexpr int32_t blueStride = nodeBytes;
 constexpr int32_t greenStride = blueStride * cubeNodes;
 constexpr int32_t redStride = greenStride * cubeNodes;
 
-/// The fraction of the way from one node to the next.
-constexpr double fractions[nodeStep] = {
-    0 / 17.0, 1 / 17.0,  2 / 17.0,  3 / 17.0,  4 / 17.0,  5 / 17.0,  6 / 17.0,  7 / 17.0,  8 / 17.0,
-    9 / 17.0, 10 / 17.0, 11 / 17.0, 12 / 17.0, 13 / 17.0, 14 / 17.0, 15 / 17.0, 16 / 17.0,
+/// What one fraction has more than another, `a / 17.0 - b / 17.0`, by their numerators. The numerator 17 is 1 exactly, so
+/// every weight of a tetrahedron's corner is such a difference.
+struct WeightTable
+{
+    static constexpr int32_t rowEntries = nodeStep + 1;
+    double difference[rowEntries][rowEntries];
+
+    constexpr WeightTable() : difference()
+    {
+        for (int32_t a = 0; a < rowEntries; ++a)
+            for (int32_t b = 0; b < rowEntries; ++b)
+                difference[a][b] = a / 17.0 - b / 17.0;
+    }
 };
+
+constexpr WeightTable weightTable;
 
 /// The three components of a node and one that is not used.
 typedef double Node __attribute__((vector_size(32)));
@@ -41,26 +52,22 @@ QVR_INLINE inline Node nodeAt(const uint8_t* address)
     return node;
 }
 
-/// Where some pixels lie in the cube, lane by lane.
+/// The corners of the tetrahedra around some pixels' colours, and their weights, lane by lane.
 ///
-/// The tetrahedron around a colour is the way from the lower node to the upper one, along the axis with the largest
-/// fraction first and that with the smallest last. An axis is one integer, its fraction in the upper half and the stride
-/// to its next node in the lower, so that two exchanges sort all of it without a branch.
+/// A tetrahedron is the way from the lower node to the upper one along the axes, the largest fraction first. An axis is
+/// one integer, its fraction in the upper half and the stride to its next node in the lower, so that exchanging larger
+/// and smaller sorts all of it without a branch.
 template <class Lane>
-struct CubePlaces
+class Tetrahedra
 {
+public:
     using Integers = typename Lane::Integers;
 
-    Integers base;       ///< byte offset of the lower node
-    Integers axes[3];    ///< sorted, the largest fraction first
-
-    QVR_INLINE CubePlaces(Integers red, Integers green, Integers blue)
+    QVR_INLINE Tetrahedra(Integers red, Integers green, Integers blue)
     {
         const Integers redNode = lowerNode(red);
         const Integers greenNode = lowerNode(green);
         const Integers blueNode = lowerNode(blue);
-        base = redNode * redStride + greenNode * greenStride + blueNode * blueStride;
-
         const Integers redRest = red - redNode * nodeStep;
         const Integers greenRest = green - greenNode * nodeStep;
         const Integers blueRest = blue - blueNode * nodeStep;
@@ -73,15 +80,33 @@ struct CubePlaces
 
         const Integers larger = __builtin_elementwise_max(redAxis, greenAxis);
         const Integers smaller = __builtin_elementwise_min(redAxis, greenAxis);
-        axes[0] = __builtin_elementwise_max(larger, blueAxis);
-        axes[2] = __builtin_elementwise_min(smaller, blueAxis);
-        axes[1] = redAxis ^ greenAxis ^ blueAxis ^ axes[0] ^ axes[2];
+        const Integers first = __builtin_elementwise_max(larger, blueAxis);
+        const Integers last = __builtin_elementwise_min(smaller, blueAxis);
+        const Integers middle = redAxis ^ greenAxis ^ blueAxis ^ first ^ last;
+
+        corners[0] = redNode * redStride + greenNode * greenStride + blueNode * blueStride;
+        corners[1] = corners[0] + (first & strideMask);
+        corners[2] = corners[1] + (middle & strideMask);
+        corners[3] = corners[2] + (last & strideMask);
+        weights[0] = weightOffset(Integers{} + nodeStep, first >> restShift);
+        weights[1] = weightOffset(first >> restShift, middle >> restShift);
+        weights[2] = weightOffset(middle >> restShift, last >> restShift);
+        weights[3] = weightOffset(last >> restShift, Integers{});
     }
 
-    static constexpr int32_t fractionShift = 18;
-    static constexpr int32_t strideMask = 0xFFFF;
+    /// The output levels of the pixel in one lane: bytes red, green, blue and one that is not used.
+    QVR_INLINE uint32_t levels(const uint8_t* cube, int32_t lane) const
+    {
+        // Summed from the lower node on: the order decides the last bit.
+        return bytesOf(((weighted(cube, lane, 0) + weighted(cube, lane, 1)) + weighted(cube, lane, 2)) +
+                       weighted(cube, lane, 3));
+    }
 
 private:
+    static constexpr int32_t restShift = 18;
+    static constexpr int32_t rankShift = 16;
+    static constexpr int32_t strideMask = 0xFFFF;
+
     /// `level / 17` for levels up to 255.
     QVR_INLINE static Integers lowerNode(Integers level)
     {
@@ -91,32 +116,45 @@ private:
     /// Level 255 is the last node in use exactly, and has no next one.
     QVR_INLINE static Integers axis(Integers rest, Integers rank, Integers level, int32_t stride)
     {
-        return (rest << fractionShift) | (rank << 16) | ((level < 255) & stride);
+        return (rest << restShift) | (rank << rankShift) | ((level < 255) & stride);
     }
+
+    QVR_INLINE static Integers weightOffset(Integers larger, Integers smaller)
+    {
+        return (larger * WeightTable::rowEntries + smaller) * static_cast<int32_t>(sizeof(double));
+    }
+
+    QVR_INLINE Node weighted(const uint8_t* cube, int32_t lane, int32_t corner) const
+    {
+        double weight = 0;
+        __builtin_memcpy(&weight, reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane),
+                         sizeof weight);
+        // The load reaches one double past the node, which is inside the cube for every node in use.
+        Node node;
+        __builtin_memcpy(&node, cube + laneOf(corners[corner], lane), sizeof node);
+        return node * Node{weight, weight, weight, weight};
+    }
+
+    /// Through memory, which is faster than taking lanes out of registers one by one.
+    QVR_INLINE static int32_t laneOf(const Integers& integers, int32_t lane)
+    {
+        int32_t value = 0;
+        __builtin_memcpy(&value, reinterpret_cast<const uint8_t*>(&integers) + lane * 4, sizeof value);
+        return value;
+    }
+
+    QVR_INLINE static uint32_t bytesOf(Node sum)
+    {
+        typedef int16_t Halves __attribute__((vector_size(16)));
+        typedef uint32_t Words __attribute__((vector_size(16)));
+        const auto levels = truncateToBytes<NarrowLanes>(sum);
+        const Halves halves = __builtin_ia32_packssdw128(levels, levels);
+        return reinterpret_cast<Words>(__builtin_ia32_packuswb128(halves, halves))[0];
+    }
+
+    Integers corners[4]; ///< byte offsets in the cube
+    Integers weights[4]; ///< byte offsets in the table of weights
 };
-
-/// One pixel's output levels, as bytes red, green, blue and one that is not used.
-QVR_INLINE inline uint32_t interpolate(const uint8_t* lowerNode, int32_t axis0, int32_t axis1, int32_t axis2)
-{
-    typedef int32_t Levels __attribute__((vector_size(16)));
-    typedef int16_t Halves __attribute__((vector_size(16)));
-    typedef uint32_t Words __attribute__((vector_size(16)));
-    using Places = CubePlaces<NarrowLanes>;
-
-    const uint8_t* const node1 = lowerNode + (axis0 & Places::strideMask);
-    const uint8_t* const node2 = node1 + (axis1 & Places::strideMask);
-    const uint8_t* const node3 = node2 + (axis2 & Places::strideMask);
-    const Node fraction0 = Node{} + fractions[axis0 >> Places::fractionShift];
-    const Node fraction1 = Node{} + fractions[axis1 >> Places::fractionShift];
-    const Node fraction2 = Node{} + fractions[axis2 >> Places::fractionShift];
-    // Summed from the lower node on: the order decides the last bit.
-    const Node sum = (((1.0 - fraction0) * nodeAt(lowerNode) + (fraction0 - fraction1) * nodeAt(node1)) +
-                      (fraction1 - fraction2) * nodeAt(node2)) +
-                     fraction2 * nodeAt(node3);
-    const Levels levels = truncateToBytes<NarrowLanes>(sum);
-    const Halves halves = __builtin_ia32_packssdw128(levels, levels);
-    return reinterpret_cast<Words>(__builtin_ia32_packuswb128(halves, halves))[0];
-}
 
 } // namespace
 
@@ -140,12 +178,13 @@ signed char Run(REALobjectStruct* self)
         data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [cube](auto pixels) QVR_INLINE {
             using Lane = typename decltype(pixels)::Lane;
             using Integers = typename Lane::Integers;
-            const CubePlaces<Lane> places(pixels.red(), pixels.green(), pixels.blue());
-            Integers levels;
-            for (int32_t i = 0; i < Lane::count; ++i)
-                levels[i] = static_cast<int32_t>(
-                    interpolate(cube + places.base[i], places.axes[0][i], places.axes[1][i], places.axes[2][i]));
-            return Channels<Lane>{levels & 255, levels >> 8 & 255, levels >> 16 & 255};
+            const Tetrahedra<Lane> tetrahedra(pixels.red(), pixels.green(), pixels.blue());
+            uint32_t levels[Lane::count];
+            for (int32_t lane = 0; lane < Lane::count; ++lane)
+                levels[lane] = tetrahedra.levels(cube, lane);
+            Integers packed;
+            __builtin_memcpy(&packed, levels, sizeof packed);
+            return Channels<Lane>{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
         });
     return data.DestinationPicture != nullptr ? 1 : 0;
 }

@@ -75,33 +75,50 @@ struct PerChannel
     Formula blue;
 };
 
-/// Whether no channel value can give 2^31 or more, or NaN. Every step of a formula is monotonic in the channel, so its
-/// two ends bound it, and a NaN or infinity inside shows at an end.
+/// Whether every channel value gives a value that fits 32 bits when truncated. Every step of a formula is monotonic in
+/// the channel, so its two ends bound it, and a NaN or infinity inside shows at an end.
 template <class Formula>
-bool staysBelowInt32Limit(const Formula& formula)
+bool alwaysFitsInt32(const PerChannel<Formula>& formulas)
 {
-    constexpr double limit = 2147483648.0;
-    return formula(0.0) < limit && formula(255.0) < limit;
+    const Formula channels[] = {formulas.red, formulas.green, formulas.blue};
+    for (const Formula& formula : channels)
+        if (!fitsInt32(formula(0.0)) || !fitsInt32(formula(255.0)))
+            return false;
+    return true;
+}
+
+/// A pixel's three values truncated to integers; `truncate` is the conversion.
+template <class PixelVector, class Formula, class Truncate>
+QVR_INLINE inline auto truncatedValues(PixelVector pixels, const PerChannel<Formula>& formulas, const Truncate& truncate)
+{
+    using Lane = LaneOf<PixelVector>;
+    return UnclampedChannels<Lane>{truncate(formulas.red(toDoubles<Lane>(pixels.red()))),
+                                   truncate(formulas.green(toDoubles<Lane>(pixels.green()))),
+                                   truncate(formulas.blue(toDoubles<Lane>(pixels.blue())))};
+}
+
+/// A new picture from the truncated values; `finish` turns them into what is stored.
+template <class Formula, class Finish>
+REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<Formula>& formulas, const Finish& finish)
+{
+    // In the common case nothing has to be looked at before the conversion.
+    if (alwaysFitsInt32(formulas))
+        return mapPicture(picture, [formulas, finish](auto pixels) QVR_INLINE {
+            using Lane = LaneOf<decltype(pixels)>;
+            return finish(truncatedValues(
+                pixels, formulas, [](auto values) QVR_INLINE { return truncateFitting<Lane>(values); }));
+        });
+    return mapPicture(picture, [formulas, finish](auto pixels) QVR_INLINE {
+        using Lane = LaneOf<decltype(pixels)>;
+        return finish(
+            truncatedValues(pixels, formulas, [](auto values) QVR_INLINE { return truncateAny<Lane>(values); }));
+    });
 }
 
 template <class Formula>
 REALpictureStruct* mapClamped(REALpictureStruct* picture, const PerChannel<Formula>& formulas)
 {
-    // The common case clamps in doubles, which takes fewer steps; only large values must become -2147483648 first.
-    if (staysBelowInt32Limit(formulas.red) && staysBelowInt32Limit(formulas.green) &&
-        staysBelowInt32Limit(formulas.blue))
-        return mapPicture(picture, [formulas](auto pixels) QVR_INLINE {
-            using Lane = LaneOf<decltype(pixels)>;
-            return Channels<Lane>{truncateToBytes<Lane>(formulas.red(toDoubles<Lane>(pixels.red()))),
-                                  truncateToBytes<Lane>(formulas.green(toDoubles<Lane>(pixels.green()))),
-                                  truncateToBytes<Lane>(formulas.blue(toDoubles<Lane>(pixels.blue())))};
-        });
-    return mapPicture(picture, [formulas](auto pixels) QVR_INLINE {
-        using Lane = LaneOf<decltype(pixels)>;
-        return UnclampedChannels<Lane>{truncateToIntegers<Lane>(formulas.red(toDoubles<Lane>(pixels.red()))),
-                                       truncateToIntegers<Lane>(formulas.green(toDoubles<Lane>(pixels.green()))),
-                                       truncateToIntegers<Lane>(formulas.blue(toDoubles<Lane>(pixels.blue())))};
-    });
+    return mapTruncated(picture, formulas, [](auto values) QVR_INLINE { return values; });
 }
 
 } // namespace
@@ -151,12 +168,7 @@ REALpictureStruct* LinBrightnessPicture3(REALpictureStruct* picture, double brig
     const PerChannel<Line> lines{linearBrightness(brightnessRed), linearBrightness(brightnessGreen),
                                  linearBrightness(brightnessBlue)};
     // Deliberately not clamped, unlike the rest of the family.
-    return mapPicture(picture, [lines](auto pixels) QVR_INLINE {
-        using Lane = LaneOf<decltype(pixels)>;
-        return Channels<Lane>{truncateToIntegers<Lane>(lines.red(toDoubles<Lane>(pixels.red()))) & 255,
-                              truncateToIntegers<Lane>(lines.green(toDoubles<Lane>(pixels.green()))) & 255,
-                              truncateToIntegers<Lane>(lines.blue(toDoubles<Lane>(pixels.blue()))) & 255};
-    });
+    return mapTruncated(picture, lines, [](auto values) QVR_INLINE { return values.lowBytes(); });
 }
 
 REALpictureStruct* LinBrightnessPicture1(REALpictureStruct* picture, double brightness)

@@ -49,7 +49,9 @@ bool coverAreas(const PictureReader& reader, const Block& block, int32_t left, i
 /// Black where a bit of the mask is set, white elsewhere.
 void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const BitGrid& mask)
 {
-    drawPicture(writer, width, height, [&mask](auto pixels, int32_t row, int32_t column) QVR_INLINE {
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(mask.row(0));
+    const int32_t bytesPerRow = mask.bytesPerRow();
+    drawPicture(writer, width, height, [bytes, bytesPerRow](auto pixels, int32_t row, int32_t column) QVR_INLINE {
         using PixelVector = decltype(pixels);
         using Words = typename PixelVector::Words;
         Words laneBits{};
@@ -57,7 +59,7 @@ void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const 
             laneBits[i] = 1U << i;
         // Little-endian bytes, so that any bit can come first; the row's spare word keeps the load inside.
         uint32_t bits = 0;
-        __builtin_memcpy(&bits, reinterpret_cast<const uint8_t*>(mask.row(row)) + column / 8, sizeof bits);
+        __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8, sizeof bits);
         const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
         return PixelVector::select(covered != Words{}, PixelVector::of(0x000000), PixelVector::of(0xFFFFFF));
     });

@@ -174,11 +174,19 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
             else
                 return bgrxTables;
         }();
-        for (int32_t index = 0; index < run.count; ++index)
-        {
-            const uint32_t word = tables.mapped(wordAt(run.sources[0], index));
-            __builtin_memcpy(run.destination + static_cast<ptrdiff_t>(index) * 4, &word, 4);
-        }
+        const uint8_t* const pixels = run.sources[0];
+        uint8_t* const destination = run.destination;
+        const int32_t count = run.count;
+        if (run.streamed && reinterpret_cast<uintptr_t>(destination) % 4 == 0)
+            for (int32_t index = 0; index < count; ++index)
+                __builtin_nontemporal_store(tables.mapped(wordAt(pixels, index)),
+                                            reinterpret_cast<uint32_t*>(destination) + index);
+        else
+            for (int32_t index = 0; index < count; ++index)
+            {
+                const uint32_t word = tables.mapped(wordAt(pixels, index));
+                __builtin_memcpy(destination + static_cast<ptrdiff_t>(index) * 4, &word, 4);
+            }
     });
     return writer.RenderPictureWriter();
 }

@@ -30,6 +30,11 @@ public:
         return words.get() + static_cast<ptrdiff_t>(index) * wordsPerRow;
     }
 
+    int32_t bytesPerRow() const
+    {
+        return wordsPerRow * 4;
+    }
+
     /// Whether a bit from `first` to `last` of the row is set.
     bool any(int32_t index, int32_t first, int32_t last) const;
     /// Sets or clears the bits from `first` to `last` of the row.

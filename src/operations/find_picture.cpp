@@ -15,11 +15,11 @@ class RowColours
 public:
     static constexpr int32_t blockLength = 256;
 
-    /// `count` pixels (at most `blockLength`) from `column` on. They stay valid until the next call.
-    const uint32_t* load(const PictureEditor& picture, int32_t row, int32_t column, int32_t count)
+    /// `count` pixels (at most `blockLength`) of a row of the picture, from `column` on. They stay valid until the next
+    /// call.
+    const uint32_t* load(const PictureEditor& picture, const uint8_t* row, int32_t column, int32_t count)
     {
-        const uint8_t* pixels =
-            picture.RowAddress(row) + static_cast<ptrdiff_t>(column) * picture.bytesPerPixel;
+        const uint8_t* pixels = row + static_cast<ptrdiff_t>(column) * picture.bytesPerPixel;
         auto* const bytes = reinterpret_cast<uint8_t*>(words);
         if (picture.pixelFormat == PixelFormatARGB32)
             __builtin_memcpy(words, pixels, static_cast<size_t>(count) * 4);
@@ -34,19 +34,18 @@ private:
     uint32_t words[blockLength];
 };
 
-/// Whether `count` pixels of two rows have the same colours.
-bool rowsMatch(const PictureEditor& first, int32_t firstRow, int32_t firstColumn, const PictureEditor& second,
-               int32_t secondRow, int32_t count)
+/// Whether the row of `sub` at its cursor has the colours that the row of `self` at its cursor has from `column` on.
+bool rowsMatch(const PictureReader& self, int32_t column, const PictureReader& sub)
 {
-    RowColours firstColours;
-    RowColours secondColours;
-    for (int32_t done = 0; done < count; done += RowColours::blockLength)
+    RowColours selfColours;
+    RowColours subColours;
+    for (int32_t done = 0; done < sub.width; done += RowColours::blockLength)
     {
-        const int32_t length = minimum(RowColours::blockLength, count - done);
-        const uint32_t* a = firstColours.load(first, firstRow, firstColumn + done, length);
-        const uint32_t* b = secondColours.load(second, secondRow, done, length);
-        for (int32_t i = 0; i < length; ++i)
-            if (a[i] != b[i])
+        const int32_t count = minimum(RowColours::blockLength, sub.width - done);
+        const uint32_t* const wanted = subColours.load(sub, sub.rowPointer, done, count);
+        const uint32_t* const present = selfColours.load(self, self.rowPointer, column + done, count);
+        for (int32_t i = 0; i < count; ++i)
+            if (wanted[i] != present[i])
                 return false;
     }
     return true;
@@ -95,8 +94,8 @@ QVR_WIDE_TARGET int32_t skipOtherWide(const uint8_t* pixels, int32_t count, uint
 class RowSearch
 {
 public:
-    /// Takes row 0 of `sub`, which has pixels.
-    explicit RowSearch(const PictureEditor& sub) : length(sub.width), pattern(sub.width), fallback(sub.width)
+    /// Takes the row of `sub` at its cursor; `sub` has pixels.
+    explicit RowSearch(const PictureReader& sub) : length(sub.width), pattern(sub.width), fallback(sub.width)
     {
         if (!*this)
             return;
@@ -104,7 +103,7 @@ public:
         for (int32_t done = 0; done < length; done += RowColours::blockLength)
         {
             const int32_t count = minimum(RowColours::blockLength, length - done);
-            libc::memcpy(&pattern[done], colours.load(sub, 0, done, count), static_cast<size_t>(count) * 4);
+            libc::memcpy(&pattern[done], colours.load(sub, sub.rowPointer, done, count), static_cast<size_t>(count) * 4);
         }
         for (int32_t i = 1, matched = 0; i < length; ++i)
         {
@@ -118,10 +117,10 @@ public:
         return pattern && fallback;
     }
 
-    /// Calls `candidate(column)` for every place of the pattern in a row, left to right, until it returns true; whether
+    /// Calls `candidate(column)` for every place of the pattern in a row of `self`, left to right, until it returns true; whether
     /// it did.
     template <class Candidate>
-    bool search(const PictureEditor& self, int32_t row, const Candidate& candidate) const
+    bool search(const PictureReader& self, const uint8_t* row, const Candidate& candidate) const
     {
         const bool direct = self.pixelFormat != PixelFormatRGB24;
         const bool argb = self.pixelFormat != PixelFormatBGRX32;
@@ -133,7 +132,7 @@ public:
         for (int32_t column = 0; column < self.width;)
         {
             if (matched == 0 && direct)
-                column += skip(self.RowAddress(row) + static_cast<ptrdiff_t>(column) * 4, self.width - column, key);
+                column += skip(row + static_cast<ptrdiff_t>(column) * 4, self.width - column, key);
             const int32_t wanted = direct && matched == 0 ? resumeAfter : RowColours::blockLength;
             const int32_t count = minimum(wanted, self.width - column);
             const uint32_t* const words = colours.load(self, row, column, count);
@@ -168,59 +167,29 @@ private:
     HeapArray<int32_t> fallback;
 };
 
-/// The search's row counters. They count on past the last row, where row 0 comes again.
-class Cursors
+/// Whether the row counter has passed the last row, after which the cursor is at row 0 for good.
+bool hasEnded(const PictureReader& reader)
 {
-public:
-    Cursors(const PictureReader& selfReader, const PictureReader& subReader) : self(selfReader), sub(subReader)
-    {
-    }
+    return reader.y >= reader.height;
+}
 
-    int32_t selfRow() const
+/// Whether the rows of `sub` after its first match at `column`. The cursors stay where the comparison ends.
+bool restMatches(PictureReader& self, int32_t column, PictureReader& sub)
+{
+    self.NextRow();
+    sub.NextRow();
+    for (int32_t i = 1; i < sub.height; ++i)
     {
-        return selfY < self.height ? selfY : 0;
+        if (!rowsMatch(self, column, sub))
+            return false;
+        // The rows still to come are the same two again.
+        if (hasEnded(self) && hasEnded(sub))
+            return true;
+        self.NextRow();
+        sub.NextRow();
     }
-
-    void advanceSelf()
-    {
-        selfY = minimum(selfY + 1, self.height);
-    }
-
-    /// Whether the rows after the first match at `column`. The counters stay where the comparison ended.
-    bool restMatches(int32_t column)
-    {
-        advance();
-        for (int32_t i = 1; i < sub.height; ++i)
-        {
-            const int32_t subRow = subY < sub.height ? subY : 0;
-            if (!rowsMatch(self, selfRow(), column, sub, subRow, sub.width))
-                return false;
-            // Both back at row 0 for good: the rows still to come are this one again.
-            if (selfY >= self.height && subY >= sub.height)
-                return true;
-            advance();
-        }
-        return true;
-    }
-
-    /// Whether every row to scan from here on is row 0.
-    bool selfEnded() const
-    {
-        return selfY >= self.height;
-    }
-
-private:
-    void advance()
-    {
-        advanceSelf();
-        subY = minimum(subY + 1, sub.height);
-    }
-
-    const PictureReader& self;
-    const PictureReader& sub;
-    int32_t selfY = 0;
-    int32_t subY = 0;
-};
+    return true;
+}
 
 } // namespace
 
@@ -238,16 +207,15 @@ signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t
     if (!firstRow)
         return 0;
 
-    Cursors cursors(selfReader, subReader);
     for (int32_t pass = 0; pass <= selfReader.height - subReader.height; ++pass)
     {
+        const bool onlyRowZeroLeft = hasEnded(selfReader);
         bool tried = false;
         int32_t column = 0;
-        const bool onlyRowZeroLeft = cursors.selfEnded();
-        const bool found = firstRow.search(selfReader, cursors.selfRow(), [&](int32_t candidate) {
+        const bool found = firstRow.search(selfReader, selfReader.rowPointer, [&](int32_t candidate) {
             tried = true;
             column = candidate;
-            return cursors.restMatches(candidate);
+            return restMatches(selfReader, candidate, subReader);
         });
         if (found)
         {
@@ -258,7 +226,8 @@ signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t
         // Without a candidate nothing moves any more, and every further pass would scan the same row.
         if (onlyRowZeroLeft && !tried)
             return 0;
-        cursors.advanceSelf();
+        // From the row counter, which candidates have moved on, not from the row just scanned. Kept as it is.
+        selfReader.NextRow();
     }
     return 0;
 }
