@@ -31,12 +31,19 @@ Artefact artefactOf(const std::string& path)
     return magic == std::array{'\x7F', 'E', 'L', 'F'} ? Artefact::SharedObject : Artefact::MacBundle;
 }
 
+/// Takes one of the names, in any case.
 template <class Choice>
 CLI::Validator oneOf(const std::map<std::string, Choice>& choices)
 {
-    CLI::CheckedTransformer transformer(choices, CLI::ignore_case);
-    transformer.description("");
-    return transformer;
+    return CLI::Validator(
+        [&choices](std::string& text) -> std::string {
+            const auto found = choices.find(CLI::detail::to_lower(text));
+            if (found == choices.end())
+                return "\"" + text + "\" is none of its values";
+            text = std::to_string(static_cast<int>(found->second));
+            return "";
+        },
+        "");
 }
 
 } // namespace

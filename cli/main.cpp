@@ -1,4 +1,5 @@
 #include "cli/apply.h"
+#include "cli/demo.h"
 #include "cli/host_choice.h"
 #include "cli/list.h"
 
@@ -97,6 +98,15 @@ int main(int argumentCount, char** arguments)
         ->type_name("NAME=VALUE");
     filter.add_flag("--alpha", filterRequest.alpha, "Save the alpha bytes too (default: opaque)");
 
+    cli::DemoRequest demoRequest;
+    CLI::App& demo =
+        *app.add_subcommand("demo", "Run every operation on a photograph and write a page of the results");
+    demo.add_option("--photo", demoRequest.photo, "The photograph")->type_name("FILE")->capture_default_str();
+    demo.add_option("--sound", demoRequest.sound, "The sound (.wav, 16-bit PCM)")
+        ->type_name("FILE")
+        ->capture_default_str();
+    demo.add_option("--out", demoRequest.folder, "Folder that gets index.html")->type_name("DIR")->required();
+
     try
     {
         app.parse(argumentCount, arguments);
@@ -106,6 +116,8 @@ int main(int argumentCount, char** arguments)
             cli::apply(choice, request);
         else if (filter)
             cli::filter(choice, filterRequest);
+        else if (demo)
+            cli::demo(choice, demoRequest);
     }
     catch (const CLI::Success& wish)
     {
