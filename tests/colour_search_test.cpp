@@ -294,21 +294,21 @@ TEST_P(ColourSearch, MasksEqualTheReferenceForShapes)
     }
 }
 
-/// Every picture of 4 x 4 pixels.
 TEST_P(ColourSearch, MasksEqualTheReferenceForEverySmallPicture)
 {
-    TestHost host{hostSetup(artefact()).newPictures(standin::Storage::GWorld32)};
-    for (int bits = 0; bits < 1 << 16; bits += 1)
-    {
-        // All at once: 5 x 5 tiles of 4 x 4 would grow together, so each picture is one of its own.
-        Picture content(4, 4, grey);
-        for (int i = 0; i < 16; ++i)
-            if ((bits >> i & 1) != 0)
-                content.at(i % 4, i / 4) = colored;
-        expectMask(host, content, "bits " + std::to_string(bits));
-        if (HasFailure())
-            return;
-    }
+    constexpr int pixels = 12;
+    TestHost host{hostSetup(artefact())};
+    for (const int width : {3, 4})
+        for (int bits = 0; bits < 1 << pixels; ++bits)
+        {
+            Picture content(width, pixels / width, grey);
+            for (int i = 0; i < pixels; ++i)
+                if ((bits >> i & 1) != 0)
+                    content.pixels[static_cast<std::size_t>(i)] = colored;
+            expectMask(host, content, std::to_string(width) + " columns, bits " + std::to_string(bits));
+            if (HasFailure())
+                return;
+        }
 }
 
 TEST_P(ColourSearch, MasksOfFramesSpiralsAndCombs)

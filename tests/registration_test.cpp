@@ -1,0 +1,365 @@
+// The catalogue as it reaches the host: every declaration, in order, in the layout and with the flags that
+// the host's version wants.
+#include "tests/support/pictures.h"
+#include "tests/support/test_host.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+namespace
+{
+
+using standin::RegisteredClass;
+using standin::RegisteredMethod;
+using standin::RegisteredProperty;
+
+class Registration : public ArtefactTest
+{
+};
+ON_EVERY_ARTEFACT(Registration);
+
+struct Row
+{
+    const char* declaration;
+    bool onConsoles;
+    bool assignable = false;
+};
+
+// clang-format off
+const Row pictureRows[] = {
+    {"ColornessQVR(threshold as integer = 10) as double", false, false},
+    {"ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
+    {"ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
+    {"ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
+    {"HasMaskQVR as boolean", true, false},
+    {"ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
+    {"ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
+    {"ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture", true, false},
+    {"ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture", true, false},
+    {"ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
+    {"ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
+    {"ChangeBrightnessAbsoluteQVR(Brightness as double) as picture", true, false},
+    {"ChangeBrightnessLinearQVR(Brightness as double) as picture", true, false},
+    {"ChangeContrastQVR(Contrast as double) as picture", true, false},
+    {"ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture", true, false},
+    {"ChangeCustomQVR(a as double, b as double) as picture", true, false},
+    {"InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
+    {"InvertQVR as picture", true, false},
+    {"InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
+    {"InvertGrayQVR as picture", true, false},
+    {"ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
+    {"ExtractColorRectangleMaskQVR as picture", true, false},
+    {"EmbeddedMaskQVR(swap as boolean) as picture", true, true},
+    {"CountColorQVR(col as color) as integer", true, false},
+    {"CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)", false, false},
+    {"TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture", false, false},
+    {"ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture", false, false},
+    {"ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture", false, false},
+    {"ChangeSaturationQVR(Amount as integer) as picture", true, false},
+    {"ReplaceRedChannelQVR(RedChannel as picture) as picture", true, false},
+    {"ReplaceGreenChannelQVR(GreenChannel as picture) as picture", true, false},
+    {"ReplaceBlueChannelQVR(BlueChannel as picture) as picture", true, false},
+    {"FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean", true, false},
+    {"isWhiteQVR as boolean", true, false},
+    {"isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
+    {"isBlackQVR as boolean", true, false},
+    {"isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
+    {"isGrayQVR(tolerance as integer = 0) as boolean", true, false},
+    {"isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
+};
+
+const Row globalRows[] = {
+    {"BinaryStringtoPictureQVR(data as String) as Picture", true},
+    {"PicturetoBinaryStringQVR(p as picture) as string", true},
+    {"CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture", true},
+    {"MergePictureQVR(source1 as picture, source2 as picture) as picture", true},
+    {"TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture", true},
+    {"RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture", true},
+};
+// clang-format on
+
+struct Version
+{
+    double host;
+    int layout;
+    std::uint32_t consoleFlag; ///< what the older console flag becomes
+};
+
+constexpr Version versions[] = {{0.0, 9, 0},     {2010.0, 9, 0},    {2010.0289, 9, 0}, {2010.029, 9, 4},
+                                {2011.0, 9, 4},  {2011.999, 9, 4},  {2012.0, 10, 4},   {2012.5, 10, 4},
+                                {2013.0, 11, 4}, {2013.029, 11, 4}, {2013.03, 12, 4},  {2019.1, 12, 4}};
+
+void* addressOf(REALanyFunction function)
+{
+    return reinterpret_cast<void*>(function);
+}
+
+template <class Test>
+void forEachVersion(standin::Artefact artefact, Test test)
+{
+    for (const Version& version : versions)
+    {
+        const HostSetup setup = hostSetup(artefact).version(version.host);
+        SCOPED_TRACE(setup.name);
+        TestHost host{setup};
+        test(host, version);
+    }
+}
+
+template <std::size_t size>
+void expectRows(const std::vector<RegisteredMethod>& methods, const Row (&rows)[size],
+                std::uint32_t consoleFlag)
+{
+    ASSERT_EQ(methods.size(), size);
+    std::set<void*> handlers;
+    for (std::size_t index = 0; index < size; ++index)
+    {
+        SCOPED_TRACE(rows[index].declaration);
+        EXPECT_EQ(methods[index].text, rows[index].declaration);
+        EXPECT_EQ(methods[index].flags, rows[index].onConsoles ? consoleFlag : 0);
+        EXPECT_EQ(methods[index].attributeCount, 0U);
+        EXPECT_NE(methods[index].handler, nullptr);
+        EXPECT_EQ(methods[index].setter != nullptr, rows[index].assignable);
+        EXPECT_TRUE(handlers.insert(addressOf(methods[index].handler)).second)
+            << "the handler serves another row too";
+    }
+}
+
+/// A field that the host reads and writes by itself.
+struct Field
+{
+    const char* name;
+    const char* type;
+    int offset;
+};
+
+template <std::size_t size>
+void expectFields(const RegisteredClass& definition, const Field (&fields)[size], std::uint32_t flags)
+{
+    ASSERT_GE(definition.properties.size(), size);
+    for (std::size_t index = 0; index < size; ++index)
+    {
+        const RegisteredProperty& property = definition.properties[index];
+        SCOPED_TRACE(fields[index].name);
+        EXPECT_EQ(property.name, fields[index].name);
+        EXPECT_EQ(property.type, fields[index].type);
+        EXPECT_EQ(property.parameter, fields[index].offset);
+        EXPECT_FALSE(property.group.has_value());
+        EXPECT_EQ(property.flags, flags);
+        EXPECT_TRUE(property.isField());
+        EXPECT_EQ(reinterpret_cast<std::intptr_t>(property.setter), -1);
+    }
+}
+
+/// What all three definitions have in common.
+void expectDefinition(const RegisteredClass& definition, int layout)
+{
+    SCOPED_TRACE(definition.name);
+    EXPECT_EQ(definition.version, layout);
+    EXPECT_FALSE(definition.superName.has_value());
+    EXPECT_TRUE(definition.sharedMethods.empty());
+    EXPECT_TRUE(definition.sharedProperties.empty());
+    // Events, event instances, interfaces, bindings and constants.
+    for (const std::size_t word : {11, 12, 13, 14, 15, 16, 17, 18, 19, 21, 22, 23, 24})
+        EXPECT_EQ(definition.words[word], 0U) << "word " << word;
+    EXPECT_EQ(definition.definition->hostWord, definition.hostWord)
+        << "the host's word must stay where it was written";
+}
+
+TEST_P(Registration, AnnouncesTheLayoutThatTheHostUnderstands)
+{
+    forEachVersion(artefact(), [](TestHost& host, const Version& version) {
+        EXPECT_EQ(host.registered().announcedVersions, std::vector<int>{version.layout});
+        ASSERT_EQ(host.registered().classes.size(), 2U);
+        ASSERT_EQ(host.registered().extensions.size(), 1U);
+        for (const RegisteredClass& definition : host.registered().classes)
+            expectDefinition(definition, version.layout);
+        expectDefinition(host.registered().extensions.front(), version.layout);
+    });
+}
+
+TEST_P(Registration, ListsEveryMethodInOrder)
+{
+    forEachVersion(artefact(), [](TestHost& host, const Version& version) {
+        const RegisteredClass& extension = host.registered().extensions.front();
+        EXPECT_EQ(extension.name, "Picture");
+        EXPECT_EQ(extension.dataSize, 0);
+        EXPECT_EQ(extension.flags, 4U);
+        EXPECT_EQ(extension.constructor, nullptr);
+        EXPECT_EQ(extension.destructor, nullptr);
+        EXPECT_TRUE(extension.properties.empty());
+        expectRows(extension.methods, pictureRows, version.consoleFlag);
+        expectRows(host.registered().globals, globalRows, version.consoleFlag);
+    });
+}
+
+TEST_P(Registration, DescribesTheSepiaClass)
+{
+    constexpr Field fields[] = {{"SourcePicture", "Picture", 24}, {"DestinationPicture", "Picture", 28},
+                                {"MaxX", "Integer", 40},          {"MinX", "Integer", 32},
+                                {"MaxY", "Integer", 44},          {"MinY", "Integer", 36},
+                                {"SepiaRed", "Integer", 48},      {"SepiaGreen", "Integer", 52},
+                                {"SepiaBlue", "Integer", 56}};
+    forEachVersion(artefact(), [&](TestHost& host, const Version&) {
+        const RegisteredClass& sepia = host.registered().classes.at(0);
+        EXPECT_EQ(sepia.name, "PictureSepiaQVR");
+        EXPECT_EQ(sepia.dataSize, 64);
+        EXPECT_EQ(sepia.flags, 0U);
+        expectFields(sepia, fields, 0);
+
+        ASSERT_EQ(sepia.properties.size(), 12U);
+        const char* factors[] = {"FactorRed", "FactorBlue", "FactorGreen"};
+        std::set<void*> accessors;
+        for (std::size_t index = 0; index < 3; ++index)
+        {
+            const RegisteredProperty& factor = sepia.properties[9 + index];
+            EXPECT_EQ(factor.name, factors[index]);
+            EXPECT_EQ(factor.type, "Double");
+            EXPECT_EQ(factor.flags, 0U);
+            EXPECT_FALSE(factor.isField());
+            accessors.insert({addressOf(factor.getter), addressOf(factor.setter)});
+        }
+        EXPECT_EQ(accessors.size(), 6U);
+
+        ASSERT_EQ(sepia.methods.size(), 2U);
+        EXPECT_EQ(sepia.methods[0].text, "Close");
+        EXPECT_EQ(sepia.methods[0].handler, sepia.destructor);
+        EXPECT_EQ(sepia.methods[1].text, "Run as boolean");
+        for (const RegisteredMethod& method : sepia.methods)
+        {
+            EXPECT_EQ(method.flags, 0U);
+            EXPECT_EQ(method.setter, nullptr);
+            EXPECT_EQ(method.attributeCount, 0U);
+        }
+        EXPECT_NE(sepia.constructor, nullptr);
+        EXPECT_NE(sepia.destructor, nullptr);
+    });
+}
+
+TEST_P(Registration, DescribesTheTableClass)
+{
+    constexpr Field fields[] = {{"SourcePicture", "Picture", 0}, {"DestinationPicture", "Picture", 4},
+                                {"MaxX", "Integer", 16},         {"MinX", "Integer", 8},
+                                {"MaxY", "Integer", 20},         {"MinY", "Integer", 12}};
+    forEachVersion(artefact(), [&](TestHost& host, const Version& version) {
+        const RegisteredClass& lut = host.registered().classes.at(1);
+        EXPECT_EQ(lut.name, "PictureLut3DQVR");
+        EXPECT_EQ(lut.dataSize, 140000);
+        EXPECT_EQ(lut.flags, 4U);
+        EXPECT_EQ(lut.properties.size(), 6U);
+        expectFields(lut, fields, version.consoleFlag);
+
+        ASSERT_EQ(lut.methods.size(), 3U);
+        EXPECT_EQ(lut.methods[0].text, "Close");
+        EXPECT_EQ(lut.methods[0].handler, lut.destructor);
+        EXPECT_EQ(lut.methods[1].text, "Run as boolean");
+        EXPECT_EQ(lut.methods[2].text, "Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double");
+        EXPECT_NE(lut.methods[2].setter, nullptr);
+        EXPECT_EQ(lut.methods[0].setter, nullptr);
+        EXPECT_EQ(lut.methods[1].setter, nullptr);
+        for (const RegisteredMethod& method : lut.methods)
+        {
+            EXPECT_EQ(method.flags, version.consoleFlag);
+            EXPECT_EQ(method.attributeCount, 0U);
+        }
+        EXPECT_NE(lut.constructor, nullptr);
+        EXPECT_NE(lut.destructor, nullptr);
+    });
+}
+
+/// Whatever the layout, rows must lead to handlers and records to instance data.
+TEST_P(Registration, WhatIsRegisteredCanBeCalledInEveryLayout)
+{
+    forEachVersion(artefact(), [](TestHost& host, const Version&) {
+        const standin::Picture photo = upload(host, reference::Picture(3, 2, {10, 20, 30}));
+        expectCall(reference::Picture(3, 2, {245, 235, 225}), host, photo, "InvertQVR");
+        for (const char* name : {"PictureSepiaQVR", "PictureLut3DQVR"})
+        {
+            standin::Instance filter = host.newInstance(name);
+            filter.set("SourcePicture", photo);
+            filter.set("MaxX", 2);
+            filter.set("MaxY", 1);
+            EXPECT_TRUE(filter.call("Run").boolean()) << name;
+            EXPECT_FALSE(filter.get("DestinationPicture").picture().isNil()) << name;
+        }
+    });
+}
+
+std::vector<std::string> callNames(const std::vector<std::string>& log)
+{
+    std::vector<std::string> names;
+    for (const std::string& call : log)
+        names.push_back(call.substr(0, call.find('(')));
+    return names;
+}
+
+TEST_P(Registration, CallsTheHostInOrder)
+{
+    const std::vector<std::string> registrations{
+        "REALGetRBVersion",     "RegisterPluginVersion",        "PluginRegisterClass",
+        "PluginRegisterClass",  "PluginRegisterClassExtension", "PluginRegisterMethod",
+        "PluginRegisterMethod", "PluginRegisterMethod",         "PluginRegisterMethod",
+        "PluginRegisterMethod", "PluginRegisterMethod"};
+    for (const Version& version : versions)
+    {
+        HostSetup setup = hostSetup(artefact()).version(version.host);
+        setup.options.logCalls = true;
+        const TestHost host{setup};
+        std::vector<std::string> names = callNames(host.callLog());
+        const auto count = [&](const char* name) { return std::count(names.begin(), names.end(), name); };
+
+        // A converted definition is copied over the static one and freed; its five arrays stay.
+        const bool older = version.layout == 9;
+        EXPECT_EQ(count("free"), older ? 3 : 0);
+        EXPECT_EQ(count("malloc") + count("calloc"), older ? 8 : 0);
+        std::erase_if(names, [](const std::string& name) {
+            return name == "malloc" || name == "calloc" || name == "free";
+        });
+        EXPECT_EQ(names, registrations);
+    }
+}
+
+TEST_P(Registration, AHostWithoutVersionIsAnOldOne)
+{
+    TestHost host{hostSetup(artefact()).without({"REALGetRBVersion"})};
+    EXPECT_EQ(host.registered().announcedVersions, std::vector<int>{9});
+    expectRows(host.registered().extensions.at(0).methods, pictureRows, 0);
+    expectRows(host.registered().globals, globalRows, 0);
+}
+
+TEST_P(Registration, SkipsWhatTheHostCannotRegister)
+{
+    for (const Version& version : {versions[0], versions[11]})
+    {
+        const HostSetup setup = hostSetup(artefact()).version(version.host);
+        const TestHost noClasses{setup.without({"PluginRegisterClass"})};
+        EXPECT_TRUE(noClasses.registered().classes.empty());
+        EXPECT_EQ(noClasses.registered().extensions.size(), 1U);
+        EXPECT_EQ(noClasses.registered().globals.size(), std::size(globalRows));
+        const TestHost noExtensions{setup.without({"PluginRegisterClassExtension"})};
+        EXPECT_EQ(noExtensions.registered().classes.size(), 2U);
+        EXPECT_TRUE(noExtensions.registered().extensions.empty());
+        EXPECT_EQ(noExtensions.registered().globals.size(), std::size(globalRows));
+        const TestHost noMethods{setup.without({"PluginRegisterMethod"})};
+        EXPECT_EQ(noMethods.registered().classes.size(), 2U);
+        EXPECT_TRUE(noMethods.registered().globals.empty());
+    }
+}
+
+/// Converting for an old host allocates; without memory an array is left out, and the rest is registered.
+TEST_P(Registration, SurvivesFailingAllocations)
+{
+    for (const char* function : {"malloc", "calloc"})
+        for (int n = 1; n <= 9; ++n)
+        {
+            SCOPED_TRACE(std::string(function) + " " + std::to_string(n));
+            HostSetup setup = hostSetup(artefact()).version(2011);
+            setup.options.beforeEntry = [=](standin::Faults& faults) { faults.failCall(function, n); };
+            const TestHost host{setup};
+            EXPECT_GE(host.registered().classes.size() + host.registered().extensions.size(), 2U);
+            EXPECT_EQ(host.registered().globals.size(), std::size(globalRows));
+        }
+}
+
+} // namespace
