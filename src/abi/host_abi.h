@@ -1,7 +1,7 @@
 /// \file
-/// The binary interface between the plug-in and its host: opaque handles, the records that cross the boundary and
-/// the functions that the host hands out by name. Layouts are in 32-bit words, as both sides agree on them; a
-/// record never grows or moves a field, so every offset is asserted here.
+/// The binary interface between the plug-in and its host: opaque handles, the records that cross the boundary
+/// and the functions that the host hands out by name. Layouts are in 32-bit words, as both sides agree on
+/// them; a record never grows or moves a field, so every offset is asserted here.
 #pragma once
 
 #include <stddef.h>

@@ -1,6 +1,6 @@
 /// \file
-/// The few CoreFoundation, Carbon and QuickDraw types and signatures that the plug-in uses. The project declares
-/// them itself, because it builds without the system's headers.
+/// The few CoreFoundation, Carbon and QuickDraw types and signatures that the plug-in uses. The project
+/// declares them itself, because it builds without the system's headers.
 #pragma once
 
 #include <stdint.h>

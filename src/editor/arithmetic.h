@@ -20,8 +20,8 @@ constexpr Number maximum(Number a, Number b)
     return a < b ? b : a;
 }
 
-/// `start + length` as a pixel position at most `limit`; an end beyond the 32-bit range counts as `limit` or as the
-/// most negative integer.
+/// `start + length` as a pixel position at most `limit`; an end beyond the 32-bit range counts as `limit` or
+/// as the most negative integer.
 constexpr int32_t endWithin(int32_t start, int32_t length, int32_t limit)
 {
     const int64_t end = static_cast<int64_t>(start) + length;
@@ -48,7 +48,8 @@ constexpr bool fitsInt32(double value)
     return value > -2147483649.0 && value < 2147483648.0;
 }
 
-/// Truncates toward zero; what does not fit, and NaN, becomes -2147483648, as the processor's conversion does.
+/// Truncates toward zero; what does not fit, and NaN, becomes -2147483648, as the processor's conversion
+/// does.
 constexpr int32_t truncateToInt32(double value)
 {
     return fitsInt32(value) ? static_cast<int32_t>(value) : INT32_MIN;

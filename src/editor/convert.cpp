@@ -101,8 +101,8 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
     }
 }
 
-/// Four pixels by one shuffle. A vector reaches four bytes past its twelve, so the last pixels are left to the narrow
-/// loop.
+/// Four pixels by one shuffle. A vector reaches four bytes past its twelve, so the last pixels are left to
+/// the narrow loop.
 template <class Format>
 QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
@@ -112,11 +112,11 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
     {
         const Bytes16 packed = loadBytes(source);
         if constexpr (redFirst<Format>)
-            storeBytes(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7, 8, 16,
-                                                            9, 10, 11));
+            storeBytes(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7,
+                                                            8, 16, 9, 10, 11));
         else
-            storeBytes(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16, 8, 7, 6, 16, 11,
-                                                            10, 9, 16));
+            storeBytes(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16, 8, 7, 6,
+                                                            16, 11, 10, 9, 16));
     }
     expandNarrow<Format>(source, destination, count - i);
 }
@@ -129,11 +129,11 @@ QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, in
     {
         const Bytes16 pixels = loadBytes(source);
         if constexpr (redFirst<Format>)
-            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15,
-                                                            -1, -1, -1, -1));
+            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13,
+                                                            14, 15, -1, -1, -1, -1));
         else
-            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12,
-                                                            -1, -1, -1, -1));
+            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14,
+                                                            13, 12, -1, -1, -1, -1));
     }
     compactNarrow<Format>(source, destination, count - i);
 }
@@ -152,15 +152,16 @@ void compact(const uint8_t* source, uint8_t* destination, int32_t count)
 
 } // namespace
 
-void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat, uint8_t* destination,
-                   int32_t count)
+void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
+                   uint8_t* destination, int32_t count)
 {
     const bool fromRGB24 = sourceFormat == PixelFormatRGB24;
     const bool toRGB24 = destinationFormat == PixelFormatRGB24;
     if (fromRGB24 && toRGB24)
         libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
     else if (fromRGB24)
-        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination, count);
+        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination,
+                                                                                   count);
     else if (toRGB24)
         (sourceFormat == PixelFormatARGB32 ? compact<ARGB32> : compact<BGRX32>)(source, destination, count);
     else

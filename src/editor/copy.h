@@ -8,8 +8,8 @@
 namespace qvr
 {
 
-/// Whether so many bytes are better stored around the cache: they would not stay in it, and storing that way saves
-/// reading the destination first.
+/// Whether so many bytes are better stored around the cache: they would not stay in it, and storing that way
+/// saves reading the destination first.
 bool isStreamedSize(int64_t bytes);
 
 /// Copies `size` bytes between blocks that do not overlap, around the cache when `streamed`.

@@ -1,13 +1,14 @@
 /// \file
 /// Vectors of pixels: the same text of a formula serves four pixels at a time (SSE2) or eight (AVX2).
 ///
-/// Formulas use the operators of the compiler's vector types only. Integer and IEEE double arithmetic give the same
-/// bits in every lane of every width, so the choice cannot be observed.
+/// Formulas use the operators of the compiler's vector types only. Integer and IEEE double arithmetic give
+/// the same bits in every lane of every width, so the choice cannot be observed.
 #pragma once
 
 #include <stdint.h>
 
-/// Everything inside a vector loop must be inlined into it, so that it is compiled for the loop's instruction set.
+/// Everything inside a vector loop must be inlined into it, so that it is compiled for the loop's instruction
+/// set.
 #define QVR_INLINE __attribute__((always_inline))
 
 namespace qvr

@@ -141,8 +141,8 @@ bool PictureEditor::GetPictureEditor(REALpictureStruct* source, bool read, bool 
     return LockPicture(source, read, write, read && !write);
 }
 
-/// `copyAllowed` says whether a picture that cannot be locked may be drawn into a copy. The copy itself is not copied
-/// again: on a host whose new pictures cannot be locked that would never end.
+/// `copyAllowed` says whether a picture that cannot be locked may be drawn into a copy. The copy itself is
+/// not copied again: on a host whose new pictures cannot be locked that would never end.
 bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed)
 {
     Release();
@@ -162,7 +162,8 @@ bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write
             IsDesktop = true;
             return LockGWorld(source, copyAllowed);
         }
-        // The description is left locked here: the host's own bookkeeping expects no unlock for these pictures.
+        // The description is left locked here: the host's own bookkeeping expects no unlock for these
+        // pictures.
         if (copyAllowed)
         {
             const int32_t copyWidth = REALGetPropValueInt32(source, "Width");
@@ -250,7 +251,8 @@ bool PictureEditor::LockMemoryBitmap(REALpictureStruct* source)
     return true;
 }
 
-/// Draws `source` into a new 32-bit picture, which carries a reference for the caller; null when it cannot be made.
+/// Draws `source` into a new 32-bit picture, which carries a reference for the caller; null when it cannot be
+/// made.
 REALpictureStruct* PictureEditor::DrawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight)
 {
     if (copyWidth < 1 || copyHeight < 1)
@@ -259,11 +261,13 @@ REALpictureStruct* PictureEditor::DrawCopy(REALpictureStruct* source, int32_t co
     if (copy == nullptr)
         return nullptr;
     if (const Reference<REALgraphicsStruct> graphics{host.pluginPictureGraphicsGetter(copy)})
-        GraphicsDrawPicture(graphics.get(), copy, source, 0, 0, copyWidth, copyHeight, 0, 0, copyWidth, copyHeight);
+        GraphicsDrawPicture(graphics.get(), copy, source, 0, 0, copyWidth, copyHeight, 0, 0, copyWidth,
+                            copyHeight);
     return copy;
 }
 
-/// Locks a copy in place of the caller's picture, which is no longer involved, and gives up the copy's reference.
+/// Locks a copy in place of the caller's picture, which is no longer involved, and gives up the copy's
+/// reference.
 bool PictureEditor::LockCopy(REALpictureStruct* copy, bool read)
 {
     const Reference<REALpictureStruct> releaseCopy{copy};
@@ -295,17 +299,19 @@ bool PictureWriter::OpenNew(int32_t newWidth, int32_t newHeight)
     return created && Open(created.get());
 }
 
-void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination, REALpictureStruct* source,
-                         int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx, int32_t sy, int32_t sw, int32_t sh)
+void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination,
+                         REALpictureStruct* source, int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx,
+                         int32_t sy, int32_t sw, int32_t sh)
 {
-    using DrawPictureMethod = void (*)(REALgraphicsStruct*, REALpictureStruct*, int32_t, int32_t, int32_t, int32_t,
-                                       int32_t, int32_t, int32_t, int32_t);
+    using DrawPictureMethod = void (*)(REALgraphicsStruct*, REALpictureStruct*, int32_t, int32_t, int32_t,
+                                       int32_t, int32_t, int32_t, int32_t, int32_t);
 
     if (graphics != nullptr && source != nullptr)
     {
         const auto drawPicture = reinterpret_cast<DrawPictureMethod>(host.REALLoadObjectMethod(
-            graphics, "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-                      "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)"));
+            graphics,
+            "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+            "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)"));
         if (drawPicture != nullptr)
         {
             drawPicture(graphics, source, x, y, w, h, sx, sy, sw, sh);

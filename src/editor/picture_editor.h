@@ -26,8 +26,8 @@ extern bool IsConsole;
 /// Locks a host picture and presents it as rows of pixels.
 ///
 /// An editor is empty after construction and after a release, and describes a locked buffer after
-/// `GetPictureEditor` returned true. It holds one reference to the picture it describes. Everything it holds is
-/// given back by `clear` and by the destructor, in the reverse order of locking. Editors cannot be copied.
+/// `GetPictureEditor` returned true. It holds one reference to the picture it describes. Everything it holds
+/// is given back by `clear` and by the destructor, in the reverse order of locking. Editors cannot be copied.
 class PictureEditor
 {
 public:
@@ -36,16 +36,17 @@ public:
     PictureEditor(const PictureEditor&) = delete;
     PictureEditor& operator=(const PictureEditor&) = delete;
 
-    /// Releases whatever is held and locks `source`. `source` stays the caller's; the editor takes a reference of its
-    /// own.
+    /// Releases whatever is held and locks `source`. `source` stays the caller's; the editor takes a
+    /// reference of its own.
     ///
-    /// (true, false) reads; a picture that cannot be locked is drawn into a 32-bit copy, which is locked instead.
-    /// (false, true) fills a picture just made; the host's cached rendering is cleared at release. (true, true) edits
-    /// in place. False: the picture is null or cannot be had as one of the three pixel formats; the editor is empty.
+    /// (true, false) reads; a picture that cannot be locked is drawn into a 32-bit copy, which is locked
+    /// instead. (false, true) fills a picture just made; the host's cached rendering is cleared at release.
+    /// (true, true) edits in place. False: the picture is null or cannot be had as one of the three pixel
+    /// formats; the editor is empty.
     bool GetPictureEditor(REALpictureStruct* source, bool read, bool write);
 
-    /// Gives the held picture back as a result with one reference owned by the caller, and releases the editor; null
-    /// when nothing is held.
+    /// Gives the held picture back as a result with one reference owned by the caller, and releases the
+    /// editor; null when nothing is held.
     REALpictureStruct* RenderPictureWriter();
 
     /// Releases everything held.
@@ -134,16 +135,17 @@ public:
         return GetPictureEditor(destination, false, true);
     }
 
-    /// Makes a new 32-bit picture and opens it; the writer holds its only reference. False when a side is not 1 to
-    /// 32767, or when the host cannot make or lock the picture.
+    /// Makes a new 32-bit picture and opens it; the writer holds its only reference. False when a side is not
+    /// 1 to 32767, or when the host cannot make or lock the picture.
     bool OpenNew(int32_t newWidth, int32_t newHeight);
 };
 
-/// Draws `source` into the graphics of `destination`, with the host's own drawing or, when that is missing and no
-/// scaling is asked for, by copying the rows of two memory bitmaps of one size.
+/// Draws `source` into the graphics of `destination`, with the host's own drawing or, when that is missing
+/// and no scaling is asked for, by copying the rows of two memory bitmaps of one size.
 ///
 /// The rectangle (x, y, w, h) receives the rectangle (sx, sy, sw, sh) of the source.
-void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination, REALpictureStruct* source,
-                         int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx, int32_t sy, int32_t sw, int32_t sh);
+void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination,
+                         REALpictureStruct* source, int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx,
+                         int32_t sy, int32_t sw, int32_t sh);
 
 } // namespace qvr

@@ -1,6 +1,6 @@
 /// \file
-/// Pixels as formulas see them. The two 4-byte formats are types here; everything about a channel's place in a pixel
-/// stands in them. The 3-byte format is converted to and from a 4-byte one on its way (see runs.h).
+/// Pixels as formulas see them. The two 4-byte formats are types here; everything about a channel's place in
+/// a pixel stands in them. The 3-byte format is converted to and from a 4-byte one on its way (see runs.h).
 #pragma once
 
 #include "editor/arithmetic.h"
@@ -32,7 +32,8 @@ enum class Channel : uint8_t
     Blue,
 };
 
-/// A 4-byte pixel format as a little-endian 32-bit word: where the channels stand and what fills the spare byte.
+/// A 4-byte pixel format as a little-endian 32-bit word: where the channels stand and what fills the spare
+/// byte.
 template <PixelFormat Code, int Red, int Green, int Blue, uint32_t Spare>
 struct WordFormat
 {
@@ -169,8 +170,8 @@ struct Pixels
     QVR_INLINE static Pixels larger(Pixels first, Pixels second)
     {
         typedef uint8_t Bytes __attribute__((vector_size(sizeof(Words))));
-        return {reinterpret_cast<Words>(
-            __builtin_elementwise_max(reinterpret_cast<Bytes>(first.words), reinterpret_cast<Bytes>(second.words)))};
+        return {reinterpret_cast<Words>(__builtin_elementwise_max(reinterpret_cast<Bytes>(first.words),
+                                                                  reinterpret_cast<Bytes>(second.words)))};
     }
 
     /// Lane by lane `first` where `mask` is -1 and `second` where it is 0.
@@ -211,7 +212,8 @@ private:
 
     QVR_INLINE static Words pack(Integers red, Integers green, Integers blue)
     {
-        return reinterpret_cast<Words>(red) << Format::redShift | reinterpret_cast<Words>(green) << Format::greenShift |
+        return reinterpret_cast<Words>(red) << Format::redShift |
+               reinterpret_cast<Words>(green) << Format::greenShift |
                reinterpret_cast<Words>(blue) << Format::blueShift;
     }
 
@@ -235,7 +237,8 @@ private:
                                  : __builtin_ia32_packssdw128(result.red, spareByte);
         const auto planes = reinterpret_cast<Bytes>(__builtin_ia32_packuswb128(low, high));
         // Four planes of four bytes become four pixels of four bytes.
-        const Bytes pairs = __builtin_shufflevector(planes, planes, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
+        const Bytes pairs =
+            __builtin_shufflevector(planes, planes, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
         return reinterpret_cast<Words>(
             __builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
     }
@@ -250,7 +253,9 @@ void setColourAt(const PictureEditor& picture, int32_t x, int32_t y, uint32_t co
 /// Where the red byte of a pixel stands in a format, in bytes.
 constexpr int32_t redByteOf(int32_t format)
 {
-    return format == PixelFormatARGB32 ? ARGB32::redShift / 8 : format == PixelFormatBGRX32 ? BGRX32::redShift / 8 : 0;
+    return format == PixelFormatARGB32   ? ARGB32::redShift / 8
+           : format == PixelFormatBGRX32 ? BGRX32::redShift / 8
+                                         : 0;
 }
 
 } // namespace qvr

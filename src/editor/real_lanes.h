@@ -18,7 +18,8 @@ QVR_INLINE inline typename Lane::Doubles toDoubles(typename Lane::Integers value
     return __builtin_convertvector(values, typename Lane::Doubles);
 }
 
-/// Truncates values below 2^31 to 0 to 255: what is negative, and NaN, becomes 0, what is above 255 becomes 255.
+/// Truncates values below 2^31 to 0 to 255: what is negative, and NaN, becomes 0, what is above 255 becomes
+/// 255.
 template <class Lane>
 QVR_INLINE inline typename Lane::Integers truncateToBytes(typename Lane::Doubles values)
 {

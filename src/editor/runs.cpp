@@ -28,7 +28,8 @@ bool isStreamed(const PictureEditor* const* sources, int32_t sourceCount, const 
     return true;
 }
 
-bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t sourceCount, const PictureEditor* destination)
+bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t sourceCount,
+                const PictureEditor* destination)
 {
     for (int32_t i = 0; i < sourceCount; ++i)
         if (sources[i]->pixelFormat != format)
@@ -55,13 +56,15 @@ bool visitRows(VisitRun visit, const void* visitor, const Block& block, const Pi
     return true;
 }
 
-bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
-                          int32_t sourceCount, const PictureEditor* destination)
+bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& block,
+                          const PictureEditor* const* sources, int32_t sourceCount,
+                          const PictureEditor* destination)
 {
     ConvertedPixels converted[mostSources];
     ConvertedPixels result;
     Run run{};
-    run.streamed = isStreamed(sources, sourceCount, destination) && destination->pixelFormat == PixelFormatARGB32;
+    run.streamed =
+        isStreamed(sources, sourceCount, destination) && destination->pixelFormat == PixelFormatARGB32;
     for (int32_t row = block.top; row < block.bottom; ++row)
         for (int32_t column = 0; column < block.columns; column += convertedBlock)
         {
@@ -71,8 +74,8 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
             for (int32_t i = 0; i < sourceCount; ++i)
             {
                 const PictureEditor& source = *sources[i];
-                const uint8_t* pixels =
-                    source.RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * source.bytesPerPixel;
+                const uint8_t* pixels = source.RowAddress(row) + block.byteOffset +
+                                        static_cast<ptrdiff_t>(column) * source.bytesPerPixel;
                 run.sources[i] = pixels;
                 if (source.pixelFormat == PixelFormatARGB32)
                     continue;
@@ -85,8 +88,8 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
                     return false;
                 continue;
             }
-            uint8_t* pixels =
-                destination->RowAddress(row) + block.byteOffset + static_cast<ptrdiff_t>(column) * destination->bytesPerPixel;
+            uint8_t* pixels = destination->RowAddress(row) + block.byteOffset +
+                              static_cast<ptrdiff_t>(column) * destination->bytesPerPixel;
             const bool inPlace = destination->pixelFormat == PixelFormatARGB32;
             run.destination = inPlace ? pixels : result.bytes;
             if (!visit(visitor, run))
@@ -123,13 +126,14 @@ Block blockOf(const PictureEditor& picture, const Rectangle& rectangle)
     const int32_t right = endWithin(rectangle.left, width, picture.width);
     if (left >= right)
         return {};
-    Block block{left * 4, right - left, maximum(rectangle.top, 0), endWithin(rectangle.top, height, picture.height)};
+    Block block{left * 4, right - left, maximum(rectangle.top, 0),
+                endWithin(rectangle.top, height, picture.height)};
     block.columns = columnsWithin(picture, block);
     return block;
 }
 
-bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources, int32_t sourceCount,
-               const PictureEditor* destination)
+bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources,
+               int32_t sourceCount, const PictureEditor* destination)
 {
     for (int32_t i = 0; i < sourceCount; ++i)
         block.columns = columnsWithin(*sources[i], block);
@@ -141,7 +145,8 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
         return visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, destination);
     if (haveFormat(PixelFormatBGRX32, sources, sourceCount, destination))
         return visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount, destination);
-    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, destination);
+    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
+                                destination);
 }
 
 } // namespace qvr

@@ -1,9 +1,9 @@
 /// \file
 /// Walks over locked pictures, row by row, as runs of pixels of one 4-byte format.
 ///
-/// The format is decided once for a whole walk. Where all pictures share a 4-byte format a run is a row, in place;
-/// otherwise a run is a block small enough to stay in the first-level cache, converted to `ARGB32` on the way in and
-/// from it on the way out.
+/// The format is decided once for a whole walk. Where all pictures share a 4-byte format a run is a row, in
+/// place; otherwise a run is a block small enough to stay in the first-level cache, converted to `ARGB32` on
+/// the way in and from it on the way out.
 #pragma once
 
 #include "editor/pixels.h"
@@ -39,8 +39,8 @@ Block wholeBlock(const PictureEditor& picture);
 
 /// The part of `rectangle` that lies inside the picture; a negative width or height means the picture's.
 ///
-/// A row starts `4 * left` bytes in for every format. In the 3-byte format that is a deliberate oddity, kept because
-/// scripts can see it; pixels that would end outside the row are left out.
+/// A row starts `4 * left` bytes in for every format. In the 3-byte format that is a deliberate oddity, kept
+/// because scripts can see it; pixels that would end outside the row are left out.
 Block blockOf(const PictureEditor& picture, const Rectangle& rectangle);
 
 /// The block's columns that lie inside the rows of `picture`; none when it has no rows.
@@ -74,15 +74,16 @@ struct RunVisitor
     VisitRun visitBGRX32;
 };
 
-/// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the destination, which may be one of
-/// them. Columns outside any of the pictures are left out. False when the visitor ended the walk.
-bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources, int32_t sourceCount,
-               const PictureEditor* destination);
+/// Visits the block's pixels in `sourceCount` pictures and, unless it is null, in the destination, which may
+/// be one of them. Columns outside any of the pictures are left out. False when the visitor ended the walk.
+bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* const* sources,
+               int32_t sourceCount, const PictureEditor* destination);
 
 /// Converts `count` pixels from one format to another. The two differ, unless both are `PixelFormatRGB24`.
 ///
-/// A spare byte gets what writers put there; only from `PixelFormatBGRX32` to `PixelFormatARGB32` it goes along.
-void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat, uint8_t* destination,
-                   int32_t count);
+/// A spare byte gets what writers put there; only from `PixelFormatBGRX32` to `PixelFormatARGB32` it goes
+/// along.
+void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
+                   uint8_t* destination, int32_t count);
 
 } // namespace qvr

@@ -1,7 +1,8 @@
 /// \file
 /// The walks that operations are made of: a handler gives the formula of one pixel and gets the whole method.
 ///
-/// A formula is a generic lambda marked `QVR_INLINE`. It is called with a vector of pixels of each picture read
+/// A formula is a generic lambda marked `QVR_INLINE`. It is called with a vector of pixels of each picture
+/// read
 /// (`Pixels<Format, Lane>`) and returns what its walk asks for, lane by lane.
 #pragma once
 
@@ -76,8 +77,8 @@ struct RunLoop
     }
 };
 
-/// The formula's value for the pixels from `index` on; `load` fetches a vector of them. A formula without sources gets
-/// the place of the pixels to draw instead.
+/// The formula's value for the pixels from `index` on; `load` fetches a vector of them. A formula without
+/// sources gets the place of the pixels to draw instead.
 template <int32_t SourceCount, class Loop, class Formula, class Load>
 QVR_INLINE inline auto formulaAt(const Formula& formula, const Run& run, int32_t index, const Load& load)
 {
@@ -113,14 +114,16 @@ struct MapRun
                 formula, run, index, [](const uint8_t* pixels) QVR_INLINE { return Loop::load(pixels); }));
         };
         const auto mapSome = [&](int32_t index, int32_t count) QVR_INLINE {
-            const auto loadSome = [count](const uint8_t* pixels) QVR_INLINE { return Loop::loadSome(pixels, count); };
+            const auto loadSome = [count](const uint8_t* pixels)
+                                      QVR_INLINE { return Loop::loadSome(pixels, count); };
             const auto words =
                 PixelVector::stored(formulaAt<SourceCount, Loop>(formula, run, index, loadSome));
             Loop::storeSome(run.destination + index * 4, words, count);
         };
 
         int32_t index = 0;
-        const auto misaligned = static_cast<int32_t>(reinterpret_cast<uintptr_t>(run.destination) % Loop::bytes);
+        const auto misaligned =
+            static_cast<int32_t>(reinterpret_cast<uintptr_t>(run.destination) % Loop::bytes);
         if (run.streamed && misaligned % 4 == 0)
         {
             if (misaligned != 0)
@@ -277,11 +280,12 @@ RunVisitor runVisitor(const Visitor& visitor)
 
 } // namespace detail
 
-/// Writes the formula's value of every pixel of the block. The formula takes the pixels of every source and returns
-/// `Pixels`, `Channels`, `UnclampedChannels` or `RawWords`. The destination may be one of the sources. Columns outside
-/// any of the pictures are left out.
+/// Writes the formula's value of every pixel of the block. The formula takes the pixels of every source and
+/// returns `Pixels`, `Channels`, `UnclampedChannels` or `RawWords`. The destination may be one of the
+/// sources. Columns outside any of the pictures are left out.
 template <class Formula, class... Readers>
-void mapBlock(const PictureEditor& destination, const Block& block, const Formula& formula, const Readers&... readers)
+void mapBlock(const PictureEditor& destination, const Block& block, const Formula& formula,
+              const Readers&... readers)
 {
     constexpr int32_t sourceCount = sizeof...(Readers);
     const PictureEditor* const sources[] = {&readers..., nullptr};
@@ -289,8 +293,8 @@ void mapBlock(const PictureEditor& destination, const Block& block, const Formul
     visitRuns(detail::runVisitor(visitor), block, sources, sourceCount, &destination);
 }
 
-/// Draws the top-left `columns` by `rows` pixels: `formula(pixels, row, column)` gives the pixels from that place on.
-/// `pixels` only carries the type to return.
+/// Draws the top-left `columns` by `rows` pixels: `formula(pixels, row, column)` gives the pixels from that
+/// place on. `pixels` only carries the type to return.
 template <class Formula>
 void drawPicture(const PictureWriter& writer, int32_t columns, int32_t rows, const Formula& formula)
 {
@@ -317,20 +321,22 @@ int32_t countPixels(const PictureReader& reader, const Formula& passes)
     return total;
 }
 
-/// Sets bit i of `bitsOfRow(row)` for the block's pixel i of that row where it passes, and clears it where it does not;
-/// whole 32-bit words are written. The formula is that of `allPixels`.
+/// Sets bit i of `bitsOfRow(row)` for the block's pixel i of that row where it passes, and clears it where it
+/// does not; whole 32-bit words are written. The formula is that of `allPixels`.
 template <class Formula, class BitsOfRow>
-void markPixels(const PictureReader& reader, const Block& block, const Formula& passes, const BitsOfRow& bitsOfRow)
+void markPixels(const PictureReader& reader, const Block& block, const Formula& passes,
+                const BitsOfRow& bitsOfRow)
 {
     const PictureEditor* const source = &reader;
     const detail::MarkRun<Formula, BitsOfRow> visitor{passes, bitsOfRow};
     visitRuns(detail::runVisitor(visitor), block, &source, 1, nullptr);
 }
 
-/// Calls `function(format, run)` for the block's runs, for work that is not done lane by lane; `format` is `ARGB32` or
-/// `BGRX32`. `destination` is null in a walk that only reads.
+/// Calls `function(format, run)` for the block's runs, for work that is not done lane by lane; `format` is
+/// `ARGB32` or `BGRX32`. `destination` is null in a walk that only reads.
 template <class Function>
-void forEachRun(const PictureReader& reader, const PictureEditor* destination, const Block& block, const Function& function)
+void forEachRun(const PictureReader& reader, const PictureEditor* destination, const Block& block,
+                const Function& function)
 {
     const detail::PlainRun<Function> visitor{function};
     const PictureEditor* const source = &reader;
@@ -339,12 +345,14 @@ void forEachRun(const PictureReader& reader, const PictureEditor* destination, c
               block, &source, 1, destination);
 }
 
-/// A new picture in which `formula` has changed the pixels of the rectangle; the others are as the host made them.
+/// A new picture in which `formula` has changed the pixels of the rectangle; the others are as the host made
+/// them.
 ///
-/// One reference is the caller's. Null when the picture cannot be opened, when a side is not 1 to 32767, or when the
-/// host cannot make the result.
+/// One reference is the caller's. Null when the picture cannot be opened, when a side is not 1 to 32767, or
+/// when the host cannot make the result.
 template <class Formula>
-REALpictureStruct* mapRectangle(REALpictureStruct* picture, const Rectangle& rectangle, const Formula& formula)
+REALpictureStruct* mapRectangle(REALpictureStruct* picture, const Rectangle& rectangle,
+                                const Formula& formula)
 {
     PictureReader reader;
     PictureWriter writer;

@@ -22,8 +22,8 @@ inline void releasePicture(REALpictureStruct*& field)
     field = nullptr;
 }
 
-/// A filter's rectangle as its properties give it; a maximum that is not above the minimum and below the picture's size
-/// means that size.
+/// A filter's rectangle as its properties give it; a maximum that is not above the minimum and below the
+/// picture's size means that size.
 struct FilterLimits
 {
     int32_t minX;
@@ -34,23 +34,25 @@ struct FilterLimits
 
 /// The block that a filter processes.
 ///
-/// It has the rectangle's size, but deliberately starts at the picture's top-left corner whatever the minimum is. A
-/// negative minimum would make it larger than the picture: columns end at the row's end, and rows past the last would
-/// only do row 0 and on once more, so both are cut.
+/// It has the rectangle's size, but deliberately starts at the picture's top-left corner whatever the minimum
+/// is. A negative minimum would make it larger than the picture: columns end at the row's end, and rows past
+/// the last would only do row 0 and on once more, so both are cut.
 inline Block filterBlock(const PictureReader& reader, const FilterLimits& limits)
 {
     const auto extent = [](int32_t least, int32_t most, int32_t size) {
         const int32_t end = most > least && most < size ? most : size;
         return static_cast<int32_t>(minimum<int64_t>(static_cast<int64_t>(end) - least, size));
     };
-    return {0, extent(limits.minX, limits.maxX, reader.width), 0, extent(limits.minY, limits.maxY, reader.height)};
+    return {0, extent(limits.minX, limits.maxX, reader.width), 0,
+            extent(limits.minY, limits.maxY, reader.height)};
 }
 
-/// A new picture of the source's size whose block holds the formula's value of every pixel; the rest is as the host made
-/// it. One reference is the caller's; null when the source cannot be opened, when a side is not 1 to 32767, or when the
-/// host cannot make the result.
+/// A new picture of the source's size whose block holds the formula's value of every pixel; the rest is as
+/// the host made it. One reference is the caller's; null when the source cannot be opened, when a side is not
+/// 1 to 32767, or when the host cannot make the result.
 template <class Formula>
-REALpictureStruct* filterPicture(REALpictureStruct* source, const FilterLimits& limits, const Formula& formula)
+REALpictureStruct* filterPicture(REALpictureStruct* source, const FilterLimits& limits,
+                                 const Formula& formula)
 {
     PictureReader reader;
     PictureWriter writer;

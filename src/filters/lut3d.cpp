@@ -17,8 +17,8 @@ constexpr int32_t blueStride = nodeBytes;
 constexpr int32_t greenStride = blueStride * cubeNodes;
 constexpr int32_t redStride = greenStride * cubeNodes;
 
-/// What one fraction has more than another, `a / 17.0 - b / 17.0`, by their numerators. The numerator 17 is 1 exactly, so
-/// every weight of a tetrahedron's corner is such a difference.
+/// What one fraction has more than another, `a / 17.0 - b / 17.0`, by their numerators. The numerator 17 is 1
+/// exactly, so every weight of a tetrahedron's corner is such a difference.
 struct WeightTable
 {
     static constexpr int32_t rowEntries = nodeStep + 1;
@@ -54,9 +54,9 @@ QVR_INLINE inline Node nodeAt(const uint8_t* address)
 
 /// The corners of the tetrahedra around some pixels' colours, and their weights, lane by lane.
 ///
-/// A tetrahedron is the way from the lower node to the upper one along the axes, the largest fraction first. An axis is
-/// one integer, its fraction in the upper half and the stride to its next node in the lower, so that exchanging larger
-/// and smaller sorts all of it without a branch.
+/// A tetrahedron is the way from the lower node to the upper one along the axes, the largest fraction first.
+/// An axis is one integer, its fraction in the upper half and the stride to its next node in the lower, so
+/// that exchanging larger and smaller sorts all of it without a branch.
 template <class Lane>
 class Tetrahedra
 {
@@ -71,8 +71,8 @@ public:
         const Integers redRest = red - redNode * nodeStep;
         const Integers greenRest = green - greenNode * nodeStep;
         const Integers blueRest = blue - blueNode * nodeStep;
-        // Equal fractions are part of the result when a node is infinite or not a number: green goes before red; blue
-        // goes before both where red is larger than green, and after both elsewhere.
+        // Equal fractions are part of the result when a node is infinite or not a number: green goes before
+        // red; blue goes before both where red is larger than green, and after both elsewhere.
         const Integers blueRank = (redRest > greenRest) & 3;
         const Integers redAxis = axis(redRest, Integers{} + 1, red, redStride);
         const Integers greenAxis = axis(greenRest, Integers{} + 2, green, greenStride);
@@ -127,7 +127,8 @@ private:
     QVR_INLINE Node weighted(const uint8_t* cube, int32_t lane, int32_t corner) const
     {
         double weight = 0;
-        __builtin_memcpy(&weight, reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane),
+        __builtin_memcpy(&weight,
+                         reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane),
                          sizeof weight);
         // The load reaches one double past the node, which is inside the cube for every node in use.
         Node node;

@@ -7,7 +7,8 @@
 namespace qvr::lut3d
 {
 
-/// Nodes along an axis of the cube. A level v lies between the nodes v / 17 and v / 17 + 1, so the last two are never used.
+/// Nodes along an axis of the cube. A level v lies between the nodes v / 17 and v / 17 + 1, so the last two
+/// are never used.
 constexpr uint32_t cubeNodes = 18;
 constexpr uint32_t cubeComponents = 3;
 
@@ -20,7 +21,8 @@ struct Lut3DClassData
     int32_t MinY;
     int32_t MaxX;
     int32_t MaxY;
-    /// Output levels (0 to 255, but any double is kept) by node of red, green and blue; components red, green, blue.
+    /// Output levels (0 to 255, but any double is kept) by node of red, green and blue; components red,
+    /// green, blue.
     double cube[cubeNodes][cubeNodes][cubeNodes][cubeComponents];
 };
 
@@ -42,13 +44,15 @@ void Lut3DClassConstructor(REALobjectStruct* self);
 /// Releases both pictures; "Close" too. The cube and the rectangle stay.
 void Lut3DClassDestructor(REALobjectStruct* self);
 
-/// Makes "DestinationPicture" from "SourcePicture" and the cube; the picture that was there is released first.
+/// Makes "DestinationPicture" from "SourcePicture" and the cube; the picture that was there is released
+/// first.
 ///
-/// False, with "DestinationPicture" nil, when the source is nil or cannot be opened, when a side is not 1 to 32767, or when
-/// the host cannot make the result.
+/// False, with "DestinationPicture" nil, when the source is nil or cannot be opened, when a side is not 1 to
+/// 32767, or when the host cannot make the result.
 signed char Run(REALobjectStruct* self);
 
-/// Component `x` (0 to 2) of the node (r, g, b) (each 0 to 17); outside that reading gives 0 and writing does nothing.
+/// Component `x` (0 to 2) of the node (r, g, b) (each 0 to 17); outside that reading gives 0 and writing does
+/// nothing.
 double GetPMX(REALobjectStruct* self, uint32_t r, uint32_t g, uint32_t b, uint32_t x);
 void SetPMX(REALobjectStruct* self, uint32_t r, uint32_t g, uint32_t b, uint32_t x, double value);
 

@@ -52,9 +52,10 @@ signed char Run(REALobjectStruct* self)
             using Words = typename Lane::Words;
             using Integers = typename Lane::Integers;
             // Unsigned, since sums and products may wrap.
-            const auto sum = reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
-                                                        reinterpret_cast<Words>(pixels.green()) * greenWeight +
-                                                        reinterpret_cast<Words>(pixels.red()) * redWeight);
+            const auto sum =
+                reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
+                                           reinterpret_cast<Words>(pixels.green()) * greenWeight +
+                                           reinterpret_cast<Words>(pixels.red()) * redWeight);
             // A shift rounds down; negative sums are to be rounded towards zero.
             const auto grey = reinterpret_cast<Words>((sum + ((sum >> 31) & 1023)) >> 10);
             return UnclampedChannels<Lane>{reinterpret_cast<Integers>(grey + redOffset),

@@ -10,9 +10,9 @@ namespace qvr::sepia
 /// The instance data; zero-filled by the host before the constructor runs.
 struct PictureSepiaData
 {
-    double weight1; ///< of red; "FactorRed"
-    double weight2; ///< of green; "FactorBlue", deliberately crosswise
-    double weight3; ///< of blue; "FactorGreen", deliberately crosswise
+    double weight1;                        ///< of red; "FactorRed"
+    double weight2;                        ///< of green; "FactorBlue", deliberately crosswise
+    double weight3;                        ///< of blue; "FactorGreen", deliberately crosswise
     REALpictureStruct* SourcePicture;      ///< counted
     REALpictureStruct* DestinationPicture; ///< counted
     int32_t MinX;
@@ -45,11 +45,13 @@ void PictureSepiaClassConstructor(REALobjectStruct* self);
 /// Releases both pictures; "Close" too. Calling it again is harmless.
 void PictureSepiaClassDestructor(REALobjectStruct* self);
 
-/// Makes "DestinationPicture" from "SourcePicture": grey = (B * w3 + G * w2 + R * w1) / 1024 with the weights times 1024,
-/// in 32-bit integers that wrap, plus "SepiaRed", "SepiaGreen" or "SepiaBlue", clamped to 0 to 255.
+/// Makes "DestinationPicture" from "SourcePicture": grey = (B * w3 + G * w2 + R * w1) / 1024 with the weights
+/// times 1024, in 32-bit integers that wrap, plus "SepiaRed", "SepiaGreen" or "SepiaBlue", clamped to 0 to
+/// 255.
 ///
-/// False, with "DestinationPicture" as it was, when the source is nil or cannot be opened, when a side is not 1 to 32767,
-/// or when the host cannot make the result. A picture that was there before is deliberately not released.
+/// False, with "DestinationPicture" as it was, when the source is nil or cannot be opened, when a side is not
+/// 1 to 32767, or when the host cannot make the result. A picture that was there before is deliberately not
+/// released.
 signed char Run(REALobjectStruct* self);
 
 double GetFactorR(REALobjectStruct* self, long parameter);

@@ -7,9 +7,9 @@ namespace qvr
 
 /// A function looked up by name on first use and cached for the life of the process.
 ///
-/// `Source` says where it comes from: `Source::Name` is the type of a name, `Source::find(name)` gives the address or
-/// null. Calling an entry point that cannot be found does nothing and gives a zero value; a failed look-up is tried
-/// again at the next use. Arguments and result are those of the C signature.
+/// `Source` says where it comes from: `Source::Name` is the type of a name, `Source::find(name)` gives the
+/// address or null. Calling an entry point that cannot be found does nothing and gives a zero value; a failed
+/// look-up is tried again at the next use. Arguments and result are those of the C signature.
 template <class Source, class Signature>
 class EntryPoint;
 

@@ -9,14 +9,16 @@
 namespace qvr
 {
 
-/// A zero-filled array on the heap, freed with its owner. Null when it could not be had or `count` is not positive.
+/// A zero-filled array on the heap, freed with its owner. Null when it could not be had or `count` is not
+/// positive.
 template <class Element>
 class HeapArray
 {
 public:
     explicit HeapArray(int32_t count)
-        : elements(count < 1 ? nullptr
-                             : static_cast<Element*>(libc::calloc(static_cast<size_t>(count), sizeof(Element))))
+        : elements(count < 1
+                       ? nullptr
+                       : static_cast<Element*>(libc::calloc(static_cast<size_t>(count), sizeof(Element))))
     {
     }
     ~HeapArray()

@@ -67,8 +67,8 @@ LenBMethod FindLenB()
     return lenB;
 }
 
-/// Copies the bytes of `string` to a heap block with four zero bytes behind them. `capacity` is the block's size less
-/// those four bytes; a copy that would not fit gives false, as does a failed allocation.
+/// Copies the bytes of `string` to a heap block with four zero bytes behind them. `capacity` is the block's
+/// size less those four bytes; a copy that would not fit gives false, as does a failed allocation.
 bool CopyStringBytes(REALstringStruct* string, int32_t capacity, uint32_t encoding, REALstringData* out)
 {
     constexpr uint32_t terminator = 4;

@@ -56,8 +56,8 @@ constexpr uint32_t encodingNone = 0xFFFF;
 
 /// Raises a host exception of class `className`, or a "RuntimeException" when the host cannot make one.
 ///
-/// An empty or null message leaves the exception's "Message" a null string. The call returns; the host raises when
-/// the handler returns, which therefore ends with its nil or false result.
+/// An empty or null message leaves the exception's "Message" a null string. The call returns; the host raises
+/// when the handler returns, which therefore ends with its nil or false result.
 void RaiseException(const char* className, const char* message, uint32_t errorNumber);
 
 /// Raises the "NilObjectException" that a nil argument gives.
@@ -65,9 +65,10 @@ void RaiseNilObjectException(const char* message);
 
 /// Gives the bytes of a host string in the wanted encoding (`encodingNone`: as they are).
 ///
-/// Hosts before 2013.0 lack the function for it; the bytes are then copied to a block of the plug-in's own heap.
-/// On that way, with `encodingNone`, the block is allocated from `out->length` as it was before the call, which the
-/// caller must therefore have set to the string's length. False: the bytes cannot be had, `out` is unchanged.
+/// Hosts before 2013.0 lack the function for it; the bytes are then copied to a block of the plug-in's own
+/// heap. On that way, with `encodingNone`, the block is allocated from `out->length` as it was before the
+/// call, which the caller must therefore have set to the string's length. False: the bytes cannot be had,
+/// `out` is unchanged.
 bool REALGetStringData(REALstringStruct* string, uint32_t encoding, REALstringData* out);
 
 /// The length in bytes of a host string; 0 when the host lacks the method.

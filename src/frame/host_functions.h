@@ -104,7 +104,8 @@ struct HostFunctions
     HostFunction<int32_t(REALmemoryBlockStruct*)> memoryBlockGetSize{"memoryBlockGetSize"};
 };
 
-static_assert(sizeof(HostFunctions) == 38 * sizeof(HostFunction<void()>), "38 functions are asked of the host");
+static_assert(sizeof(HostFunctions) == 38 * sizeof(HostFunction<void()>),
+              "38 functions are asked of the host");
 
 /// The one table of host functions.
 extern HostFunctions host;

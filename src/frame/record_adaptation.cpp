@@ -82,7 +82,8 @@ REALclassDefinition* FixClass(const REALclassDefinition* definition)
         return nullptr;
     libc::memcpy(older, definition, static_cast<size_t>(classDefinitionWords) * 4);
     older->version = CurrentREALControlVersion;
-    older->properties = static_cast<REALproperty*>(FixProperties(definition->properties, definition->propertyCount));
+    older->properties =
+        static_cast<REALproperty*>(FixProperties(definition->properties, definition->propertyCount));
     older->methods = static_cast<REALmethodDefinition*>(
         narrowedRows(definition->methods, definition->methodCount, olderMethodWords));
     older->events = nullptr;
@@ -91,8 +92,8 @@ REALclassDefinition* FixClass(const REALclassDefinition* definition)
     older->bindingCount = 0;
     older->constants = static_cast<REALconstant*>(
         narrowedRows(definition->constants, definition->constantCount, olderConstantWords));
-    older->sharedProperties =
-        static_cast<REALproperty*>(FixProperties(definition->sharedProperties, definition->sharedPropertyCount));
+    older->sharedProperties = static_cast<REALproperty*>(
+        FixProperties(definition->sharedProperties, definition->sharedPropertyCount));
     older->sharedMethods = static_cast<REALmethodDefinition*>(
         narrowedRows(definition->sharedMethods, definition->sharedMethodCount, olderMethodWords));
     return older;

@@ -178,8 +178,8 @@ REALclassDefinition pictureExtension = {
 
 using RegisterClass = HostFunction<void(REALclassDefinition*)>;
 
-/// Registers a definition in the announced layout. The host keeps the address it is given, so the older form takes the
-/// place of the static record.
+/// Registers a definition in the announced layout. The host keeps the address it is given, so the older form
+/// takes the place of the static record.
 void registerClass(REALclassDefinition* definition, RegisterClass& registerDefinition)
 {
     if (CurrentREALControlVersion >= firstWideLayout)

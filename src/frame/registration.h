@@ -10,8 +10,8 @@ namespace qvr
 /// The record layout version that was announced to the host, 9 to 12.
 extern int32_t CurrentREALControlVersion;
 
-/// Adapts the catalogue to the host's version and registers it: classes, the extension of "Picture", global methods.
-/// A registration function that the host lacks is skipped. Called once.
+/// Adapts the catalogue to the host's version and registers it: classes, the extension of "Picture", global
+/// methods. A registration function that the host lacks is skipped. Called once.
 void registerCatalogue();
 
 } // namespace qvr

@@ -7,7 +7,8 @@
 namespace qvr
 {
 
-/// Gets at a string's bytes as they are stored, in the way of the host's version, and gives back what that took.
+/// Gets at a string's bytes as they are stored, in the way of the host's version, and gives back what that
+/// took.
 class StringBytes
 {
 public:

@@ -49,7 +49,8 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name)
     constexpr Boolean isDirectory = 1;
 
     FSRef folder{};
-    if (!carbon::available() || carbon::FSFindFolder(systemDisk, frameworksFolder, createFolder, &folder) != 0)
+    if (!carbon::available() ||
+        carbon::FSFindFolder(systemDisk, frameworksFolder, createFolder, &folder) != 0)
         return nullptr;
     CFURLRef folderURL = carbon::CFURLCreateFromFSRef(nullptr, &folder);
     if (folderURL == nullptr)
@@ -74,7 +75,7 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name)
 void* ApplicationServices::find(Name name)
 {
     if (ApplicationServicesFramework == nullptr)
-        ApplicationServicesFramework = 
+        ApplicationServicesFramework =
             LoadFrameworkBundle(constantString(QVR_CFSTRING("ApplicationServices.framework")));
     if (ApplicationServicesFramework == nullptr)
         return nullptr;

@@ -10,11 +10,12 @@ namespace qvr
 
 /// Loads `name` (for example "ApplicationServices.framework") from the system's frameworks folder.
 ///
-/// The bundle carries a reference for the caller; null when the folder, the bundle or its executable cannot be had.
+/// The bundle carries a reference for the caller; null when the folder, the bundle or its executable cannot
+/// be had.
 CFBundleRef LoadFrameworkBundle(CFStringRef name);
 
-/// Where QuickDraw comes from: the ApplicationServices framework, loaded when a function is first wanted and kept
-/// for the life of the process.
+/// Where QuickDraw comes from: the ApplicationServices framework, loaded when a function is first wanted and
+/// kept for the life of the process.
 struct ApplicationServices
 {
     /// A constant string. The compiler makes it an untyped pointer, so that no start-up code is needed.
@@ -26,7 +27,11 @@ template <class Signature>
 using QuickDrawFunction = EntryPoint<ApplicationServices, Signature>;
 
 #define QVR_CFSTRING(text) __builtin___CFStringMakeConstantString(text)
-#define QVR_QUICKDRAW(name) name{QVR_CFSTRING(#name)}
+#define QVR_QUICKDRAW(name)                                                                                  \
+    name                                                                                                     \
+    {                                                                                                        \
+        QVR_CFSTRING(#name)                                                                                  \
+    }
 
 /// The QuickDraw functions in use. A missing one does nothing and gives 0, false or null.
 struct QuickDrawFunctions

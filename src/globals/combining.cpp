@@ -15,7 +15,8 @@ bool sameSize(const PictureReader& first, const PictureReader& second)
 
 } // namespace
 
-REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct* blue, REALpictureStruct* green)
+REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct* blue,
+                                      REALpictureStruct* green)
 {
     PictureReader redReader;
     PictureReader greenReader;
@@ -27,9 +28,8 @@ REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct*
         return nullptr;
     mapBlock(
         writer, wholeBlock(redReader),
-        [](auto reds, auto greens, auto blues) QVR_INLINE {
-            return reds.withChannel(Channel::Green, greens).withChannel(Channel::Blue, blues);
-        },
+        [](auto reds, auto greens, auto blues)
+            QVR_INLINE { return reds.withChannel(Channel::Green, greens).withChannel(Channel::Blue, blues); },
         redReader, greenReader, blueReader);
     return writer.RenderPictureWriter();
 }

@@ -44,7 +44,8 @@ uint16_t halfAt(const uint8_t* samples)
     return half;
 }
 
-// Each format as one type: `valueAt` is the truth, `add` the same for a vector, in unsigned sums that wrap alike.
+// Each format as one type: `valueAt` is the truth, `add` the same for a vector, in unsigned sums that wrap
+// alike.
 
 /// Bytes with their sign bit flipped by `flip`, so that they are signed.
 template <uint8_t Flip>

@@ -34,7 +34,8 @@ REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uin
         const auto grey = (toDoubles<Lane>(pixels.red()) * greyWeights.red +
                            toDoubles<Lane>(pixels.green()) * greyWeights.green) +
                           toDoubles<Lane>(pixels.blue()) * greyWeights.blue;
-        return Channels<Lane>{truncateToBytes<Lane>(grey * tint.red), truncateToBytes<Lane>(grey * tint.green),
+        return Channels<Lane>{truncateToBytes<Lane>(grey * tint.red),
+                              truncateToBytes<Lane>(grey * tint.green),
                               truncateToBytes<Lane>(grey * tint.blue)};
     });
 }

@@ -37,7 +37,8 @@ const BitsFormat* formatOf(int32_t bits)
     return nullptr;
 }
 
-/// The columns' values: twice the means of the samples' negative and positive parts, then smoothed and scaled.
+/// The columns' values: twice the means of the samples' negative and positive parts, then smoothed and
+/// scaled.
 class Columns
 {
 public:
@@ -141,15 +142,16 @@ public:
 
     void draw(const PictureWriter& writer, int32_t rows, uint32_t backColour, uint32_t foreColour) const
     {
-        drawPicture(writer, columnCount, rows, [=, this](auto pixels, int32_t row, int32_t column) QVR_INLINE {
-            using PixelVector = decltype(pixels);
-            typename PixelVector::Integers firstRows;
-            typename PixelVector::Integers lastRows;
-            __builtin_memcpy(&firstRows, first.get() + column, sizeof firstRows);
-            __builtin_memcpy(&lastRows, last.get() + column, sizeof lastRows);
-            return PixelVector::select((firstRows <= row) & (lastRows >= row), PixelVector::of(foreColour),
-                                       PixelVector::of(backColour));
-        });
+        drawPicture(writer, columnCount, rows,
+                    [=, this](auto pixels, int32_t row, int32_t column) QVR_INLINE {
+                        using PixelVector = decltype(pixels);
+                        typename PixelVector::Integers firstRows;
+                        typename PixelVector::Integers lastRows;
+                        __builtin_memcpy(&firstRows, first.get() + column, sizeof firstRows);
+                        __builtin_memcpy(&lastRows, last.get() + column, sizeof lastRows);
+                        return PixelVector::select((firstRows <= row) & (lastRows >= row),
+                                                   PixelVector::of(foreColour), PixelVector::of(backColour));
+                    });
     }
 
 private:
@@ -161,7 +163,8 @@ private:
     HeapArray<int32_t> last;
 };
 
-/// Calls `line(fromX, fromY, toX, toY)` along the ends of the negative and the positive bars by turns, from the centre.
+/// Calls `line(fromX, fromY, toX, toY)` along the ends of the negative and the positive bars by turns, from
+/// the centre.
 template <class Line>
 void traceOutline(const Columns& columns, int32_t centre, const Line& line)
 {
@@ -192,16 +195,18 @@ void drawWideOutline(REALpictureStruct* picture, const Columns& columns, int32_t
     host.REALSetPropValueInt(graphics.get(), "PenWidth", penWidth);
     const int32_t half = penWidth / 2;
     traceOutline(columns, centre, [&](int32_t fromX, int32_t fromY, int32_t toX, int32_t toY) {
-        host.RuntimeGraphicsDrawLine(graphics.get(), wrappingSubtract(fromX, half), wrappingSubtract(fromY, half),
-                                     wrappingSubtract(toX, half), wrappingSubtract(toY, half));
+        host.RuntimeGraphicsDrawLine(graphics.get(), wrappingSubtract(fromX, half),
+                                     wrappingSubtract(fromY, half), wrappingSubtract(toX, half),
+                                     wrappingSubtract(toY, half));
     });
 }
 
 } // namespace
 
-REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleCount, int32_t smooth, int32_t width,
-                                 int32_t height, int32_t outlineWidth, uint32_t backColour, uint32_t foreColour,
-                                 uint32_t outlineColour, int32_t bits, signed char autoScale)
+REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleCount, int32_t smooth,
+                                 int32_t width, int32_t height, int32_t outlineWidth, uint32_t backColour,
+                                 uint32_t foreColour, uint32_t outlineColour, int32_t bits,
+                                 signed char autoScale)
 {
     if (samples == nullptr)
     {

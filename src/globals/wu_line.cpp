@@ -33,7 +33,8 @@ void DrawPixel(PictureWriter& writer, int32_t x, int32_t y, int32_t weight)
     if (x < 0 || y < 0 || x >= writer.width || y >= writer.height)
         return;
     const auto blend = [weight](uint32_t before, int32_t line) {
-        return static_cast<uint32_t>((static_cast<int32_t>(before) * weight + line * (fullWeight - weight)) / 255);
+        return static_cast<uint32_t>((static_cast<int32_t>(before) * weight + line * (fullWeight - weight)) /
+                                     255);
     };
     const uint32_t before = colourAt(writer, x, y);
     // The pixel's green and blue deliberately change places.
@@ -87,7 +88,8 @@ void DrawWuLine(PictureWriter& writer, int32_t x0, int32_t y0, int32_t x1, int32
         y = wrappingAdd(y, steep || carried ? 1 : 0);
         const int32_t weight = accumulated >> 8;
         DrawPixel(writer, x, y, weight);
-        DrawPixel(writer, wrappingAdd(x, steep ? direction : 0), wrappingAdd(y, steep ? 0 : 1), weight ^ fullWeight);
+        DrawPixel(writer, wrappingAdd(x, steep ? direction : 0), wrappingAdd(y, steep ? 0 : 1),
+                  weight ^ fullWeight);
     }
     DrawPixel(writer, x1, y1, 0);
 }

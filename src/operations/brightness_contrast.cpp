@@ -9,8 +9,8 @@ namespace qvr
 namespace
 {
 
-// The formulas. `value` is one channel as a double, or a vector of them; the steps and their order are part of the
-// result, since its last bit can decide a truncation.
+// The formulas. `value` is one channel as a double, or a vector of them; the steps and their order are part
+// of the result, since its last bit can decide a truncation.
 
 struct Contrast
 {
@@ -75,8 +75,8 @@ struct PerChannel
     Formula blue;
 };
 
-/// Whether every channel value gives a value that fits 32 bits when truncated. Every step of a formula is monotonic in
-/// the channel, so its two ends bound it, and a NaN or infinity inside shows at an end.
+/// Whether every channel value gives a value that fits 32 bits when truncated. Every step of a formula is
+/// monotonic in the channel, so its two ends bound it, and a NaN or infinity inside shows at an end.
 template <class Formula>
 bool alwaysFitsInt32(const PerChannel<Formula>& formulas)
 {
@@ -89,7 +89,8 @@ bool alwaysFitsInt32(const PerChannel<Formula>& formulas)
 
 /// A pixel's three values truncated to integers; `truncate` is the conversion.
 template <class PixelVector, class Formula, class Truncate>
-QVR_INLINE inline auto truncatedValues(PixelVector pixels, const PerChannel<Formula>& formulas, const Truncate& truncate)
+QVR_INLINE inline auto truncatedValues(PixelVector pixels, const PerChannel<Formula>& formulas,
+                                       const Truncate& truncate)
 {
     using Lane = LaneOf<PixelVector>;
     return UnclampedChannels<Lane>{truncate(formulas.red(toDoubles<Lane>(pixels.red()))),
@@ -99,7 +100,8 @@ QVR_INLINE inline auto truncatedValues(PixelVector pixels, const PerChannel<Form
 
 /// A new picture from the truncated values; `finish` turns them into what is stored.
 template <class Formula, class Finish>
-REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<Formula>& formulas, const Finish& finish)
+REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<Formula>& formulas,
+                                const Finish& finish)
 {
     // In the common case nothing has to be looked at before the conversion.
     if (alwaysFitsInt32(formulas))
@@ -110,8 +112,8 @@ REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<For
         });
     return mapPicture(picture, [formulas, finish](auto pixels) QVR_INLINE {
         using Lane = LaneOf<decltype(pixels)>;
-        return finish(
-            truncatedValues(pixels, formulas, [](auto values) QVR_INLINE { return truncateAny<Lane>(values); }));
+        return finish(truncatedValues(pixels, formulas,
+                                      [](auto values) QVR_INLINE { return truncateAny<Lane>(values); }));
     });
 }
 
@@ -123,36 +125,44 @@ REALpictureStruct* mapClamped(REALpictureStruct* picture, const PerChannel<Formu
 
 } // namespace
 
-REALpictureStruct* ContrastLinBrightnessPicture3(REALpictureStruct* picture, double contrastRed, double contrastGreen,
-                                                 double contrastBlue, double brightnessRed, double brightnessGreen,
+REALpictureStruct* ContrastLinBrightnessPicture3(REALpictureStruct* picture, double contrastRed,
+                                                 double contrastGreen, double contrastBlue,
+                                                 double brightnessRed, double brightnessGreen,
                                                  double brightnessBlue)
 {
-    return mapClamped<ContrastThen<Line>>(picture, {{Contrast(contrastRed), linearBrightness(brightnessRed)},
-                                                    {Contrast(contrastGreen), linearBrightness(brightnessGreen)},
-                                                    {Contrast(contrastBlue), linearBrightness(brightnessBlue)}});
+    return mapClamped<ContrastThen<Line>>(picture,
+                                          {{Contrast(contrastRed), linearBrightness(brightnessRed)},
+                                           {Contrast(contrastGreen), linearBrightness(brightnessGreen)},
+                                           {Contrast(contrastBlue), linearBrightness(brightnessBlue)}});
 }
 
-REALpictureStruct* ContrastLinBrightnessPicture1(REALpictureStruct* picture, double contrast, double brightness)
+REALpictureStruct* ContrastLinBrightnessPicture1(REALpictureStruct* picture, double contrast,
+                                                 double brightness)
 {
-    return ContrastLinBrightnessPicture3(picture, contrast, contrast, contrast, brightness, brightness, brightness);
+    return ContrastLinBrightnessPicture3(picture, contrast, contrast, contrast, brightness, brightness,
+                                         brightness);
 }
 
-REALpictureStruct* ContrastAbsBrightnessPicture3(REALpictureStruct* picture, double contrastRed, double contrastGreen,
-                                                 double contrastBlue, double brightnessRed, double brightnessGreen,
+REALpictureStruct* ContrastAbsBrightnessPicture3(REALpictureStruct* picture, double contrastRed,
+                                                 double contrastGreen, double contrastBlue,
+                                                 double brightnessRed, double brightnessGreen,
                                                  double brightnessBlue)
 {
-    return mapClamped<ContrastThen<AbsoluteBrightness>>(picture, {{Contrast(contrastRed), {brightnessRed}},
-                                                                  {Contrast(contrastGreen), {brightnessGreen}},
-                                                                  {Contrast(contrastBlue), {brightnessBlue}}});
+    return mapClamped<ContrastThen<AbsoluteBrightness>>(picture,
+                                                        {{Contrast(contrastRed), {brightnessRed}},
+                                                         {Contrast(contrastGreen), {brightnessGreen}},
+                                                         {Contrast(contrastBlue), {brightnessBlue}}});
 }
 
-REALpictureStruct* ContrastAbsBrightnessPicture1(REALpictureStruct* picture, double contrast, double brightness)
+REALpictureStruct* ContrastAbsBrightnessPicture1(REALpictureStruct* picture, double contrast,
+                                                 double brightness)
 {
-    return ContrastAbsBrightnessPicture3(picture, contrast, contrast, contrast, brightness, brightness, brightness);
+    return ContrastAbsBrightnessPicture3(picture, contrast, contrast, contrast, brightness, brightness,
+                                         brightness);
 }
 
-REALpictureStruct* AbsBrightnessPicture3(REALpictureStruct* picture, double brightnessRed, double brightnessGreen,
-                                         double brightnessBlue)
+REALpictureStruct* AbsBrightnessPicture3(REALpictureStruct* picture, double brightnessRed,
+                                         double brightnessGreen, double brightnessBlue)
 {
     return mapClamped<AbsoluteBrightness>(picture, {{brightnessRed}, {brightnessGreen}, {brightnessBlue}});
 }
@@ -162,8 +172,8 @@ REALpictureStruct* AbsBrightnessPicture1(REALpictureStruct* picture, double brig
     return AbsBrightnessPicture3(picture, brightness, brightness, brightness);
 }
 
-REALpictureStruct* LinBrightnessPicture3(REALpictureStruct* picture, double brightnessRed, double brightnessGreen,
-                                         double brightnessBlue)
+REALpictureStruct* LinBrightnessPicture3(REALpictureStruct* picture, double brightnessRed,
+                                         double brightnessGreen, double brightnessBlue)
 {
     const PerChannel<Line> lines{linearBrightness(brightnessRed), linearBrightness(brightnessGreen),
                                  linearBrightness(brightnessBlue)};
@@ -179,7 +189,8 @@ REALpictureStruct* LinBrightnessPicture1(REALpictureStruct* picture, double brig
 REALpictureStruct* ContrastPicture3(REALpictureStruct* picture, double contrastRed, double contrastGreen,
                                     double contrastBlue)
 {
-    return mapClamped<Contrast>(picture, {Contrast(contrastRed), Contrast(contrastGreen), Contrast(contrastBlue)});
+    return mapClamped<Contrast>(picture,
+                                {Contrast(contrastRed), Contrast(contrastGreen), Contrast(contrastBlue)});
 }
 
 REALpictureStruct* ContrastPicture1(REALpictureStruct* picture, double contrast)

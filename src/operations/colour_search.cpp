@@ -32,8 +32,10 @@ REALpictureStruct* ExtractColorQVR(REALpictureStruct* picture, uint32_t search, 
 namespace
 {
 
-/// Sets the mask's bits in the rectangles of the coloured areas of the block, which lies in the mask at (left, top).
-bool coverAreas(const PictureReader& reader, const Block& block, int32_t left, int32_t top, const BitGrid& mask)
+/// Sets the mask's bits in the rectangles of the coloured areas of the block, which lies in the mask at
+/// (left, top).
+bool coverAreas(const PictureReader& reader, const Block& block, int32_t left, int32_t top,
+                const BitGrid& mask)
 {
     ColouredAreas areas(block.columns, block.bottom);
     if (!areas)
@@ -51,24 +53,28 @@ void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const 
 {
     const auto* const bytes = reinterpret_cast<const uint8_t*>(mask.row(0));
     const int32_t bytesPerRow = mask.bytesPerRow();
-    drawPicture(writer, width, height, [bytes, bytesPerRow](auto pixels, int32_t row, int32_t column) QVR_INLINE {
-        using PixelVector = decltype(pixels);
-        using Words = typename PixelVector::Words;
-        Words laneBits{};
-        for (int32_t i = 0; i < PixelVector::Lane::count; ++i)
-            laneBits[i] = 1U << i;
-        // Little-endian bytes, so that any bit can come first; the row's spare word keeps the load inside.
-        uint32_t bits = 0;
-        __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8, sizeof bits);
-        const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
-        return PixelVector::select(covered != Words{}, PixelVector::of(0x000000), PixelVector::of(0xFFFFFF));
-    });
+    drawPicture(writer, width, height,
+                [bytes, bytesPerRow](auto pixels, int32_t row, int32_t column) QVR_INLINE {
+                    using PixelVector = decltype(pixels);
+                    using Words = typename PixelVector::Words;
+                    Words laneBits{};
+                    for (int32_t i = 0; i < PixelVector::Lane::count; ++i)
+                        laneBits[i] = 1U << i;
+                    // Little-endian bytes, so that any bit can come first; the row's spare word keeps the
+                    // load inside.
+                    uint32_t bits = 0;
+                    __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8,
+                                     sizeof bits);
+                    const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
+                    return PixelVector::select(covered != Words{}, PixelVector::of(0x000000),
+                                               PixelVector::of(0xFFFFFF));
+                });
 }
 
 } // namespace
 
-REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width,
-                                                int32_t height)
+REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int32_t left, int32_t top,
+                                                int32_t width, int32_t height)
 {
     PictureReader reader;
     PictureWriter writer;
@@ -78,7 +84,8 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
     if (!mask)
         return nullptr;
     Block block = blockOf(reader, {left, top, width, height});
-    // The picture's first rows are looked at, not those of the rectangle, to whose place they are moved. Kept as it is.
+    // The picture's first rows are looked at, not those of the rectangle, to whose place they are moved. Kept
+    // as it is.
     block.bottom -= block.top;
     block.top = 0;
     if (!block.empty() && !coverAreas(reader, block, maximum(left, 0), maximum(top, 0), mask))

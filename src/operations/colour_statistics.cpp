@@ -19,8 +19,8 @@ uint32_t wordAt(const uint8_t* pixels, int32_t index)
     return word;
 }
 
-/// Three histograms, each in two copies: neighbouring pixels are often alike, and two increments of one counter have to
-/// wait for each other.
+/// Three histograms, each in two copies: neighbouring pixels are often alike, and two increments of one
+/// counter have to wait for each other.
 struct Histograms
 {
     uint32_t red[2][levels];
@@ -48,7 +48,8 @@ void addCounters(uint8_t* block, const uint32_t (&counters)[2][levels])
 /// The block's data if it has at least `size` bytes, else null.
 uint8_t* blockData(REALmemoryBlockStruct* block, int32_t size)
 {
-    return host.memoryBlockGetSize(block) < size ? nullptr : static_cast<uint8_t*>(host.memoryBlockGetPtr(block));
+    return host.memoryBlockGetSize(block) < size ? nullptr
+                                                 : static_cast<uint8_t*>(host.memoryBlockGetPtr(block));
 }
 
 /// A reference to a memory block for the length of a call, and its data.
@@ -63,7 +64,8 @@ struct HeldTable
     const uint8_t* data;
 };
 
-/// The three tables with their bytes moved to the channels' places, so that a pixel is the sum of three entries.
+/// The three tables with their bytes moved to the channels' places, so that a pixel is the sum of three
+/// entries.
 template <class Format>
 struct PlacedTables
 {
@@ -134,7 +136,8 @@ void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REA
     });
 
     addCounters(redData, histograms.red);
-    // Deliberately crosswise: scripts rely on the blocks declared blue and green receiving each other's channel.
+    // Deliberately crosswise: scripts rely on the blocks declared blue and green receiving each other's
+    // channel.
     addCounters(blueData, histograms.green);
     addCounters(greenData, histograms.blue);
     count = wrappingMultiply(reader.width, reader.height);

@@ -107,8 +107,9 @@ bool ColouredAreas::findFirstMark(Area& area)
     return false;
 }
 
-/// Grows until no side has a mark beside it. The order of growing cannot change where that ends, and nothing is left to
-/// find above the first mark. What a side has shown to be empty is not read again: only the cells that have come to it.
+/// Grows until no side has a mark beside it. The order of growing cannot change where that ends, and nothing
+/// is left to find above the first mark. What a side has shown to be empty is not read again: only the cells
+/// that have come to it.
 void ColouredAreas::grow(Area& area) const
 {
     int32_t leftSeen = area.top;  // column left of the area: rows before this one are empty
@@ -122,9 +123,10 @@ void ColouredAreas::grow(Area& area) const
         {
             const int32_t row = area.bottom + 1;
             const bool unseen = below.left > below.right;
-            const bool found = unseen ? marks.any(row, area.left, area.right)
-                                      : (area.left < below.left && marks.any(row, area.left, below.left - 1)) ||
-                                            (area.right > below.right && marks.any(row, below.right + 1, area.right));
+            const bool found =
+                unseen ? marks.any(row, area.left, area.right)
+                       : (area.left < below.left && marks.any(row, area.left, below.left - 1)) ||
+                             (area.right > below.right && marks.any(row, below.right + 1, area.right));
             below = {found ? 0 : area.left, found ? -1 : area.right, 0, 0};
             area.bottom += found ? 1 : 0;
             grown |= found;

@@ -48,7 +48,8 @@ private:
 
 /// Finds the coloured areas' rectangles, one after the other.
 ///
-/// The marks are kept by rows and by columns, so that a look along any side of a rectangle reads 32 cells at once.
+/// The marks are kept by rows and by columns, so that a look along any side of a rectangle reads 32 cells at
+/// once.
 class ColouredAreas
 {
 public:
@@ -73,8 +74,8 @@ public:
         int32_t bottom;
     };
 
-    /// Takes the next rectangle: the one that grows from the first mark, from the top, left to right. Its marks are used
-    /// up. False when no mark is left.
+    /// Takes the next rectangle: the one that grows from the first mark, from the top, left to right. Its
+    /// marks are used up. False when no mark is left.
     bool takeNext(Area& area);
 
 private:

@@ -15,8 +15,8 @@ class RowColours
 public:
     static constexpr int32_t blockLength = 256;
 
-    /// `count` pixels (at most `blockLength`) of a row of the picture, from `column` on. They stay valid until the next
-    /// call.
+    /// `count` pixels (at most `blockLength`) of a row of the picture, from `column` on. They stay valid
+    /// until the next call.
     const uint32_t* load(const PictureEditor& picture, const uint8_t* row, int32_t column, int32_t count)
     {
         const uint8_t* pixels = row + static_cast<ptrdiff_t>(column) * picture.bytesPerPixel;
@@ -34,7 +34,8 @@ private:
     uint32_t words[blockLength];
 };
 
-/// Whether the row of `sub` at its cursor has the colours that the row of `self` at its cursor has from `column` on.
+/// Whether the row of `sub` at its cursor has the colours that the row of `self` at its cursor has from
+/// `column` on.
 bool rowsMatch(const PictureReader& self, int32_t column, const PictureReader& sub)
 {
     RowColours selfColours;
@@ -89,8 +90,8 @@ QVR_WIDE_TARGET int32_t skipOtherWide(const uint8_t* pixels, int32_t count, uint
     return skipOther<Format, WideLanes>(pixels, count, key);
 }
 
-/// Finds the places of one row of colours in other rows, in time that grows with the rows' length only (Knuth, Morris
-/// and Pratt), and at memory speed where the row's first colour does not occur.
+/// Finds the places of one row of colours in other rows, in time that grows with the rows' length only
+/// (Knuth, Morris and Pratt), and at memory speed where the row's first colour does not occur.
 class RowSearch
 {
 public:
@@ -103,7 +104,8 @@ public:
         for (int32_t done = 0; done < length; done += RowColours::blockLength)
         {
             const int32_t count = minimum(RowColours::blockLength, length - done);
-            libc::memcpy(&pattern[done], colours.load(sub, sub.rowPointer, done, count), static_cast<size_t>(count) * 4);
+            libc::memcpy(&pattern[done], colours.load(sub, sub.rowPointer, done, count),
+                         static_cast<size_t>(count) * 4);
         }
         for (int32_t i = 1, matched = 0; i < length; ++i)
         {
@@ -117,8 +119,8 @@ public:
         return pattern && fallback;
     }
 
-    /// Calls `candidate(column)` for every place of the pattern in a row of `self`, left to right, until it returns true; whether
-    /// it did.
+    /// Calls `candidate(column)` for every place of the pattern in a row of `self`, left to right, until it
+    /// returns true; whether it did.
     template <class Candidate>
     bool search(const PictureReader& self, const uint8_t* row, const Candidate& candidate) const
     {

@@ -5,7 +5,8 @@
 namespace qvr
 {
 
-REALpictureStruct* InvertPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height)
+REALpictureStruct* InvertPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width,
+                                 int32_t height)
 {
     // Unlike every other rectangle, a side of 0 means the picture's here.
     const Rectangle rectangle{left, top, width == 0 ? -1 : width, height == 0 ? -1 : height};

@@ -8,11 +8,13 @@ namespace qvr
 namespace
 {
 
-/// Byte 0 of a pixel is alpha in `PixelFormatARGB32` alone, but it is byte 0 that receives a mask in every format.
+/// Byte 0 of a pixel is alpha in `PixelFormatARGB32` alone, but it is byte 0 that receives a mask in every
+/// format.
 constexpr uint32_t firstByte = 255;
 
 /// The general case of `SetEmbededMask`, pixel by pixel: a mask of another format than the picture's.
-void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, int32_t columns, uint8_t swapBits)
+void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, int32_t columns,
+                    uint8_t swapBits)
 {
     const int32_t maskRed = redByteOf(mask.pixelFormat);
     for (int32_t row = 0; row < picture.height; ++row)
@@ -83,7 +85,8 @@ void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStr
     const int32_t wholePixels = pictureReader.bytesPerPixel == 4
                                     ? pictureReader.width
                                     : (pictureReader.width * pictureReader.bytesPerPixel + 3) / 4;
-    storeMaskBytes(pictureReader, maskReader, minimum(minimum(wholePixels, pictureReader.width), maskReader.width),
+    storeMaskBytes(pictureReader, maskReader,
+                   minimum(minimum(wholePixels, pictureReader.width), maskReader.width),
                    static_cast<uint8_t>(swapBits));
 }
 

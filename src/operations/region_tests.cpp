@@ -85,8 +85,8 @@ double ColornessQVR(REALpictureStruct* picture, int32_t threshold)
         const auto red = pixels.red();
         const auto green = pixels.green();
         const auto blue = pixels.blue();
-        const auto differs = (green - blue > threshold) | (green - red > threshold) | (green - blue < negated) |
-                             (green - red < negated);
+        const auto differs = (green - blue > threshold) | (green - red > threshold) |
+                             (green - blue < negated) | (green - red < negated);
         return differs & ((red > nearBlack) | (green > nearBlack) | (blue > nearBlack));
     });
     return static_cast<double>(coloured) / static_cast<double>(wrappingMultiply(reader.width, reader.height));

@@ -1,8 +1,9 @@
 /// \file
 /// Read-only tests of a picture or a rectangle of it.
 ///
-/// In the rectangle a negative width or height means the picture's, 0 makes it empty; what lies outside the picture is
-/// not looked at. An empty rectangle passes every test. A picture that cannot be opened passes none. Alpha plays no part.
+/// In the rectangle a negative width or height means the picture's, 0 makes it empty; what lies outside the
+/// picture is not looked at. An empty rectangle passes every test. A picture that cannot be opened passes
+/// none. Alpha plays no part.
 #pragma once
 
 #include "abi/host_abi.h"
@@ -23,8 +24,9 @@ signed char isGray(REALpictureStruct* picture, int32_t tolerance, int32_t left, 
                    int32_t height);
 signed char isGray2(REALpictureStruct* picture, int32_t tolerance);
 
-/// The share (0 to 1) of coloured pixels: those whose green differs from red or blue by more than `threshold`, and
-/// which are not near black (all channels at most 29). The difference of red and blue is not looked at.
+/// The share (0 to 1) of coloured pixels: those whose green differs from red or blue by more than
+/// `threshold`, and which are not near black (all channels at most 29). The difference of red and blue is not
+/// looked at.
 ///
 /// The denominator counts all pixels. 0 when the picture cannot be opened.
 double ColornessQVR(REALpictureStruct* picture, int32_t threshold);

@@ -15,8 +15,9 @@ QVR_INLINE inline typename Lane::Integers greyOf(const Channels<Lane>& channels)
     return (channels.blue + channels.red + channels.green * 2) >> 2;
 }
 
-/// `distance * factor / 255` for a factor up to 65536 either way. The product is exact in single precision. The constant
-/// is a hair above 1/255: it gives the truncated quotient of every product below 65536, and more than 255 above.
+/// `distance * factor / 255` for a factor up to 65536 either way. The product is exact in single precision.
+/// The constant is a hair above 1/255: it gives the truncated quotient of every product below 65536, and more
+/// than 255 above.
 struct SmallFactor
 {
     template <class Lane>

@@ -12,8 +12,8 @@ namespace qvr
 namespace
 {
 
-/// The shift that has the same effect as `delta` on `length` (at least 1) rows or columns: above -length/2, at most
-/// length - length/2.
+/// The shift that has the same effect as `delta` on `length` (at least 1) rows or columns: above -length/2,
+/// at most length - length/2.
 int32_t normalisedShift(int32_t delta, int32_t length)
 {
     const int32_t half = length / 2;
@@ -30,8 +30,8 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
 {
     if (shift == 0)
         return true;
-    // The working memory that this method answers for is that of a copy of the rows that wrap; a size beyond 32 bits
-    // fails.
+    // The working memory that this method answers for is that of a copy of the rows that wrap; a size beyond
+    // 32 bits fails.
     const int32_t savedRows = shift > 0 ? picture.height - shift : picture.height;
     if (wrappingMultiply(savedRows, picture.rowBytes) <= 0)
         return false;
@@ -82,7 +82,8 @@ void rotateColumns(const PictureEditor& picture, int32_t shift)
     }
 }
 
-/// Shifts a GWorld's content with QuickDraw, which erases the uncovered band. False when the picture is no GWorld.
+/// Shifts a GWorld's content with QuickDraw, which erases the uncovered band. False when the picture is no
+/// GWorld.
 bool shiftGWorld(REALpictureStruct* picture, int16_t columns, int16_t rows)
 {
     if (picture == nullptr)
@@ -97,7 +98,8 @@ bool shiftGWorld(REALpictureStruct* picture, int16_t columns, int16_t rows)
         quickDraw.GetGWorld(&port, &device);
         quickDraw.SetGWorld(static_cast<GWorldPtr>(description.data), nullptr);
         RgnHandle uncovered = quickDraw.NewRgn();
-        const Rect content{0, 0, static_cast<int16_t>(description.height), static_cast<int16_t>(description.width)};
+        const Rect content{0, 0, static_cast<int16_t>(description.height),
+                           static_cast<int16_t>(description.width)};
         quickDraw.ScrollRect(&content, columns, rows, uncovered);
         quickDraw.DisposeRgn(uncovered);
         quickDraw.SetGWorld(port, device);
@@ -114,7 +116,8 @@ Reference<REALpictureStruct> maskToScroll(REALpictureStruct* picture, signed cha
 
 } // namespace
 
-signed char ScrollVerticalQVR(REALpictureStruct* picture, int32_t delta, signed char wrap, signed char scrollMask)
+signed char ScrollVerticalQVR(REALpictureStruct* picture, int32_t delta, signed char wrap,
+                              signed char scrollMask)
 {
     if (const auto mask = maskToScroll(picture, scrollMask))
         if (ScrollVerticalQVR(mask.get(), delta, wrap, 0) == 0)
@@ -129,7 +132,8 @@ signed char ScrollVerticalQVR(REALpictureStruct* picture, int32_t delta, signed 
     return rotateRows(editor, normalisedShift(delta, editor.height)) ? 1 : 0;
 }
 
-signed char ScrollHorizontalQVR(REALpictureStruct* picture, int32_t delta, signed char wrap, signed char scrollMask)
+signed char ScrollHorizontalQVR(REALpictureStruct* picture, int32_t delta, signed char wrap,
+                                signed char scrollMask)
 {
     if (const auto mask = maskToScroll(picture, scrollMask))
         ScrollHorizontalQVR(mask.get(), delta, wrap, 0);
