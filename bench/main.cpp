@@ -207,6 +207,7 @@ template <class Named>
 std::vector<std::string> namesOf(const std::map<std::string, Named>& map)
 {
     std::vector<std::string> names;
+    names.reserve(map.size());
     for (const auto& [name, value] : map)
         names.push_back(name);
     return names;

@@ -77,9 +77,9 @@ void printRow(const Row& row, const Result& result, int wantedRounds)
                 cell(moves ? measured.ratio.median : NAN, 7, 2).c_str(), speedCell(peerBest, 6).c_str(),
                 cell(ratio(result.best(), peerBest), 6, 2).c_str(), speedCell(peerFourByte, 6).c_str(),
                 cell(ratio(result.best(), peerFourByte), 6, 2).c_str());
-    if (result.best() < peerFourByte)
+    if (row.peer != nullptr && result.best() < peerFourByte)
         std::printf(" BEHIND %s", std::string(row.peer->fastest).c_str());
-    else if (result.best() < peerBest)
+    else if (row.peer != nullptr && result.best() < peerBest)
         std::printf(" behind %s", std::string(row.peer->fastest).c_str());
     if (row.unit != Unit::Pixels)
         std::printf(" (%ss)", unitName(row.unit));

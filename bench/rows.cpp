@@ -150,7 +150,7 @@ Prepare passesEverywhere(const std::string& method, Shade shade, const Arguments
 }
 
 template <class Shade>
-Prepare passesInMiddle(const std::string& method, Shade shade, Arguments leading = {})
+Prepare passesInMiddle(const std::string& method, Shade shade, const Arguments& leading = {})
 {
     return [=](Workshop& workshop) {
         Arguments arguments = leading;
