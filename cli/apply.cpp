@@ -148,16 +148,16 @@ void apply(const HostChoice& choice, const ApplyRequest& request)
         const auto number = fileNumber(name);
         if (number && *number == 0)
             throw Error("the files of the command line are numbered from @1");
-        return loadFile(host, number ? files.inputs[*number - 1] : name, type);
+        return loadFile(host, number ? files.inputs[*number - 1] : name, type, choice.storage);
     });
     checkOutput(call, onPicture, files.output);
 
     standin::Picture receiver;
     if (onPicture)
     {
-        receiver = loadPicture(host, files.inputs.front());
+        receiver = loadPicture(host, files.inputs.front(), choice.storage);
         if (!request.mask.empty())
-            receiver.setMask(loadPicture(host, request.mask));
+            receiver.setMask(loadPicture(host, request.mask, choice.storage));
     }
     else if (!request.mask.empty())
         throw Error("--mask goes with methods of Picture");
@@ -176,10 +176,12 @@ void filter(const HostChoice& choice, const FilterRequest& request)
     if (host.registered().findClass(request.className) == nullptr)
         throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");
     standin::Instance instance = host.newInstance(request.className);
-    const FileReader read = [&](const std::string& name, Type type) { return loadFile(host, name, type); };
+    const FileReader read = [&](const std::string& name, Type type) {
+        return loadFile(host, name, type, choice.storage);
+    };
     for (const std::string& setting : request.settings)
         assignTo(instance, parseCall(setting), read);
-    instance.set("SourcePicture", loadPicture(host, request.input));
+    instance.set("SourcePicture", loadPicture(host, request.input, choice.storage));
 
     const std::vector<const standin::RegisteredMethod*> run =
         standin::methodsNamed(instance.definition().methods, "Run");

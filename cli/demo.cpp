@@ -57,9 +57,10 @@ bool insideDisc(int x, int y, int centreX, int centreY, int radius)
 class Things
 {
 public:
-    Things(standin::Host& standinHost, const DemoRequest& request) : host(standinHost)
+    Things(standin::Host& standinHost, const DemoRequest& request, std::optional<standin::Storage> storage)
+        : host(standinHost)
     {
-        const Picture photo = loadPicture(host, request.photo);
+        const Picture photo = loadPicture(host, request.photo, storage);
         constexpr int smallest = 64;
         if (photo.width() < smallest || photo.height() < smallest)
             throw Error(request.photo + ": the demo needs a photograph of at least 64 x 64 pixels");
@@ -125,6 +126,8 @@ private:
             if (!covered(x, y))
                 return {255, 255, 255, 255};
             Pixel pixel = photo.pixel(x, y);
+            // Only the paper is to be white.
+            pixel.green = std::min<std::uint8_t>(pixel.green, 254);
             if (x >= width / 2)
                 pixel.red = pixel.blue = pixel.green;
             return pixel;
@@ -249,15 +252,13 @@ public:
         if (error)
             throw Error("cannot make the folder " + folder.string() + ": " + error.message());
         std::cerr << "Preparing " << request.photo << "\n";
-        things.emplace(host, request);
+        things.emplace(host, request, choice.storage);
         photo = (*things)["photo"].picture();
         page.set("photo", request.photo);
         page.set("original", save(imageOf(photo), "original"));
         page.set("width", std::to_string(photo.width()));
         page.set("height", std::to_string(photo.height()));
-        const auto start = Clock::now();
-        host.newPicture(photo.width(), photo.height());
-        page.set("emptyTime", timeText(Clock::now() - start, 0));
+        page.set("emptyTime", timeText(timeOfEmptyPicture(), 0));
         page.set("version", build::version);
         page.set("artefact",
                  options.artefact == standin::Artefact::MacBundle ? "Mac bundle" : "Linux shared object");
@@ -417,6 +418,20 @@ private:
                     for (int x = 0; x < 3; ++x)
                         instance.assign("Table", {r, g, b, x}, colour[static_cast<std::size_t>(x)]);
                 }
+    }
+
+    /// What the host needs to make a picture of the photograph's size, as far as it can be told.
+    Clock::duration timeOfEmptyPicture()
+    {
+        constexpr int tries = 5;
+        auto best = Clock::duration::max();
+        for (int attempt = 0; attempt < tries; ++attempt)
+        {
+            const auto start = Clock::now();
+            host.newPicture(photo.width(), photo.height());
+            best = std::min(best, Clock::now() - start);
+        }
+        return best;
     }
 
     /// Saves a picture small enough to be shown; gives its name.

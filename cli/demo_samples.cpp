@@ -162,9 +162,9 @@ std::vector<Sample> demoSamples(int width, int height)
          "Grey by the eye's sensitivity, then coloured with a warm paper tone.", ""},
         {tinting, "TintPictureQVR(@photo, &cFF0000, &c80C0FF)", "The red channel alone, in light blue.", ""},
 
-        {waves, "RenderSamplesQVR(@sound, 0, 0, 1600, 400, 0" + waveColours,
+        {waves, "RenderSamplesQVR(@sound, 0, 1, 1600, 400, 0" + waveColours,
          "A voice saying \"front center\": bars only, scaled to its peak.", ""},
-        {waves, "RenderSamplesQVR(@sound, 0, 0, 1600, 400, 1" + waveColours,
+        {waves, "RenderSamplesQVR(@sound, 0, 1, 1600, 400, 1" + waveColours,
          "With the plug-in's own anti-aliased outline, one pixel wide.", ""},
         {waves, "RenderSamplesQVR(@sound, 0, 12, 1600, 400, 3" + waveColours,
          "Smoothed over neighbouring columns, with an outline of three pixels drawn by the host.", ""},

@@ -69,8 +69,8 @@ void HostChoice::addOptions(CLI::App& app)
         ->capture_default_str()
         ->group(group);
     app.add_option("--storage", storage,
-                   "How pictures are stored: gworld32, gworld24 or bitmap (default: gworld32 on the desktop, "
-                   "else bitmap)")
+                   "How loaded pictures are stored: gworld32, gworld24 or bitmap (default: as the host "
+                   "stores new ones)")
         ->transform(oneOf(storages))
         ->type_name("NAME")
         ->group(group);
@@ -90,7 +90,6 @@ standin::Options HostChoice::options() const
     options.plugin = plugin;
     options.kind = kind;
     options.version = version;
-    options.newPictureStorage = storage;
     options.memory = standin::Memory::Plain;
     options.logCalls = false;
     return options;

@@ -20,7 +20,8 @@ struct HostChoice
     std::optional<standin::Artefact> artefact;
     standin::Kind kind = standin::Kind::Desktop;
     double version = 2013.03;
-    std::optional<standin::Storage> storage;
+    std::optional<standin::Storage>
+        storage; ///< of pictures that are loaded; results are stored as the host likes
 
     void addOptions(CLI::App& app);
     standin::Options options() const;

@@ -31,7 +31,7 @@ Examples:
   pictureqvr apply 'CountColorsQVR(red, blue, green, count)' photo.jpg --save red=red.dat
   pictureqvr apply 'EmbeddedMaskQVR(false) = @mask.png' photo.jpg out.png --alpha
   pictureqvr apply 'ScrollQVR(100, 50, true, false)' photo.jpg out.png
-  pictureqvr apply 'RenderSamplesQVR(@sound.wav, 0, 0, 800, 300, 1, &c88B5C4, &c274C5A, &c203F4E, 15)' wave.png
+  pictureqvr apply 'RenderSamplesQVR(@sound.wav, 0, 1, 800, 300, 1, &c88B5C4, &c274C5A, &c203F4E, 15)' wave.png
 )";
 
 constexpr const char* filterExamples = R"(

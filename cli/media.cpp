@@ -95,7 +95,8 @@ void writeBytes(const std::string& path, std::span<const std::uint8_t> bytes)
         throw Error("cannot write " + path + ": " + std::strerror(errno));
 }
 
-standin::Picture loadPicture(standin::Host& host, const std::string& path)
+standin::Picture loadPicture(standin::Host& host, const std::string& path,
+                             std::optional<standin::Storage> storage)
 {
     constexpr int rgba = 4;
     const std::string file = readBytes(path);
@@ -107,7 +108,7 @@ standin::Picture loadPicture(standin::Host& host, const std::string& path)
         stbi_image_free);
     if (pixels == nullptr)
         throw Error(path + ": not an image that can be read (" + stbi_failure_reason() + ")");
-    standin::Picture picture = host.newPicture(width, height);
+    standin::Picture picture = host.newPicture(width, height, storage);
     picture.setRgba(
         {pixels.get(), static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * rgba});
     return picture;
@@ -171,12 +172,13 @@ standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path)
     return host.newMemoryBlock(asBytes(extensionOf(path) == ".wav" ? samplesOf(file, path) : file));
 }
 
-standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type)
+standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,
+                        std::optional<standin::Storage> storage)
 {
     switch (type)
     {
     case standin::Type::Picture:
-        return loadPicture(host, path);
+        return loadPicture(host, path, storage);
     case standin::Type::MemoryBlock:
         return loadBlock(host, path);
     default:

@@ -6,6 +6,7 @@
 #include "host/host.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,7 +19,8 @@ void writeBytes(const std::string& path, std::span<const std::uint8_t> bytes);
 
 /// Loads a PNG, JPEG, BMP, TGA, GIF or PNM image; its alpha goes into the pixels' alpha byte, 255 where it
 /// has none.
-standin::Picture loadPicture(standin::Host& host, const std::string& path);
+standin::Picture loadPicture(standin::Host& host, const std::string& path,
+                             std::optional<standin::Storage> storage = std::nullopt);
 
 /// Whether `savePicture` knows what a name ends in.
 bool isPictureName(const std::string& path);
@@ -45,6 +47,7 @@ Image scaledTo(Image image, int width);
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path);
 
 /// A file as the type that a declaration asks for.
-standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type);
+standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,
+                        std::optional<standin::Storage> storage = std::nullopt);
 
 } // namespace cli

@@ -1,0 +1,414 @@
+// The program as its users meet it: what it prints, what it writes, and how it ends.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "build_info.h"
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr int success = 0;
+constexpr int failure = 1;
+constexpr int usage = 2;
+
+std::string contentsOf(const fs::path& path)
+{
+    std::ifstream file{path, std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+struct Outcome
+{
+    int code = -1;
+    std::string output;
+    std::string errors;
+};
+
+std::string bigEndian(std::uint32_t number)
+{
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes += static_cast<char>(number >> shift);
+    return bytes;
+}
+
+using Rgb = std::array<std::uint8_t, 3>;
+
+/// A picture in the plug-in's binary string format, which the program turns from and into image files.
+std::string binaryString(int width, int height, const std::vector<Rgb>& pixels)
+{
+    constexpr std::uint32_t headerSize = 40;
+    std::string bytes;
+    for (const Rgb& pixel : pixels)
+        bytes.append(pixel.begin(), pixel.end());
+    const auto total = headerSize + static_cast<std::uint32_t>(bytes.size());
+    return "PPIC" + bigEndian(total) + bigEndian(static_cast<std::uint32_t>(width)) +
+           bigEndian(static_cast<std::uint32_t>(height)) + bigEndian(32) + bigEndian(headerSize) +
+           std::string(16, '\0') + bytes;
+}
+
+/// An uncompressed 24-bit TGA file, top row first.
+std::string tga(int width, int height, const std::vector<Rgb>& pixels)
+{
+    std::string bytes(18, '\0');
+    bytes[2] = 2;
+    bytes[12] = static_cast<char>(width);
+    bytes[14] = static_cast<char>(height);
+    bytes[16] = 24;
+    bytes[17] = 0x20;
+    for (const auto& [red, green, blue] : pixels)
+        for (const std::uint8_t channel : {blue, green, red})
+            bytes += static_cast<char>(channel);
+    return bytes;
+}
+
+class Cli : public testing::TestWithParam<std::string>
+{
+protected:
+    Cli() : folder(fs::temp_directory_path() / ("pictureqvr-cli-" + std::to_string(getpid())))
+    {
+        fs::create_directories(folder);
+    }
+    ~Cli() override
+    {
+        fs::remove_all(folder);
+    }
+    Cli(const Cli&) = delete;
+    Cli& operator=(const Cli&) = delete;
+
+    void SetUp() override
+    {
+        if (GetParam() == "mac" && std::string(build::bundle).empty())
+            GTEST_SKIP() << "this build has no bundle";
+        write("photo.tga", tga(2, 2, photo));
+    }
+
+    void write(const std::string& name, const std::string& contents) const
+    {
+        std::ofstream{folder / name, std::ios::binary} << contents;
+    }
+
+    /// Runs the program in the test's folder.
+    Outcome run(const std::string& arguments) const
+    {
+        const fs::path program = fs::path{build::sharedObject}.parent_path() / "pictureqvr";
+        const std::string plugin = GetParam() == "mac"
+                                       ? std::string(build::bundle) + "/Contents/MacOS/PictureQVR"
+                                       : build::sharedObject;
+        const std::string command = "cd " + folder.string() + " && PICTUREQVR_PLUGIN=" + plugin + " " +
+                                    program.string() + " " + arguments + " >stdout 2>stderr";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentsOf(folder / "stdout"),
+                contentsOf(folder / "stderr")};
+    }
+
+    void expectSuccess(const std::string& arguments, const std::string& output = "") const
+    {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, success) << arguments;
+        EXPECT_EQ(result.output, output) << arguments;
+        EXPECT_EQ(result.errors, "") << arguments;
+    }
+
+    /// Exactly one line on stderr, and nothing printed.
+    void expectFailure(const std::string& arguments, const std::string& message, int code = failure) const
+    {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, code) << arguments;
+        EXPECT_EQ(result.output, "") << arguments;
+        EXPECT_THAT(result.errors, StartsWith("pictureqvr: ")) << arguments;
+        EXPECT_THAT(result.errors, HasSubstr(message)) << arguments;
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    }
+
+    /// Compares an image file's pixels, as the plug-in itself packs them.
+    void expectPixels(const std::string& file, int width, int height, const std::vector<Rgb>& pixels) const
+    {
+        expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' " + file + " packed.bin");
+        EXPECT_EQ(contentsOf(folder / "packed.bin"), binaryString(width, height, pixels)) << file;
+    }
+
+    const fs::path folder;
+    const std::vector<Rgb> photo{{10, 20, 30}, {200, 100, 50}, {0, 0, 0}, {255, 255, 255}};
+    const std::vector<Rgb> negative{{245, 235, 225}, {55, 155, 205}, {255, 255, 255}, {0, 0, 0}};
+};
+
+TEST_P(Cli, ListNamesEverything)
+{
+    const Outcome result = run("list");
+    EXPECT_EQ(result.code, success);
+    EXPECT_EQ(result.errors, "");
+    for (const char* text :
+         {"Class PictureSepiaQVR: 12 properties, 2 methods\n",
+          "Class PictureLut3DQVR: 6 properties, 3 methods\n", "Extension of class Picture: 39 methods\n",
+          "Global: 6 methods\n", " (swap as boolean) as picture, assignable\n",
+          "    SepiaRed           as Integer\n", " (threshold as integer = 10) as double\n"})
+        EXPECT_THAT(result.output, HasSubstr(text));
+}
+
+TEST_P(Cli, ListAsJsonHoldsEveryDeclaration)
+{
+    const auto json = nlohmann::json::parse(run("list --json").output);
+    EXPECT_EQ(json["extensions"][0]["name"], "Picture");
+    EXPECT_EQ(json["extensions"][0]["methods"].size(), 39U);
+    EXPECT_EQ(json["globals"].size(), 6U);
+    EXPECT_EQ(json["classes"].size(), 2U);
+    const auto& render = json["globals"][5];
+    EXPECT_EQ(render["name"], "RenderSamplesQVR");
+    EXPECT_EQ(render["result"], "picture");
+    EXPECT_EQ(render["parameters"][6]["default"], 0x88B5C4);
+    const auto& count = json["extensions"][0]["methods"][24];
+    EXPECT_EQ(count["name"], "CountColorsQVR");
+    EXPECT_EQ(count["result"], nullptr);
+    EXPECT_EQ(count["parameters"][3],
+              nlohmann::json({{"name", "count"}, {"type", "integer"}, {"byref", true}}));
+}
+
+TEST_P(Cli, AppliesAMethodToAFile)
+{
+    for (const char* name : {"out.png", "out.bmp", "out.TGA"})
+    {
+        expectSuccess("apply InvertQVR photo.tga " + std::string(name));
+        expectPixels(name, 2, 2, negative);
+    }
+}
+
+TEST_P(Cli, NamesIgnoreCase)
+{
+    expectSuccess("apply 'invertqvr( 0 , 0 , 2 , 2 )' photo.tga out.png");
+    expectPixels("out.png", 2, 2, negative);
+}
+
+TEST_P(Cli, UnderstandsLiterals)
+{
+    expectSuccess("apply 'CountColorQVR(&c0A141E)' photo.tga", "1\n");
+    expectSuccess("apply 'CountColorQVR(&h000000)' photo.tga", "1\n");
+    expectSuccess("apply 'ChangeCustomQVR(-1.0, 2.55e+2)' photo.tga out.png");
+    expectPixels("out.png", 2, 2, negative);
+}
+
+TEST_P(Cli, PrintsBooleansAndNumbers)
+{
+    expectSuccess("apply isWhiteQVR photo.tga", "false\n");
+    expectSuccess("apply 'isWhiteQVR(1, 1, 1, 1)' photo.tga", "true\n");
+    expectSuccess("apply ColornessQVR photo.tga", "0.25\n");
+}
+
+TEST_P(Cli, PrintsByrefVariablesAndSavesByrefBlocks)
+{
+    write("crop.tga", tga(1, 1, {photo[1]}));
+    expectSuccess("apply 'FindPictureQVR(@crop.tga, column, row)' photo.tga", "true\ncolumn = 1\nrow = 0\n");
+    expectSuccess("apply 'CountColorsQVR(red, blue, green, n)' photo.tga --save red=red.dat",
+                  "blue = memoryblock of 1024 bytes\ngreen = memoryblock of 1024 bytes\nn = 4\n");
+    const std::string red = contentsOf(folder / "red.dat");
+    ASSERT_EQ(red.size(), 1024U);
+    EXPECT_EQ(red[4 * 200], 1);
+    EXPECT_EQ(red[4 * 20], 0);
+}
+
+TEST_P(Cli, NumbersItsFiles)
+{
+    write("black.tga", tga(2, 2, std::vector<Rgb>(4, Rgb{0, 0, 0})));
+    expectSuccess("apply 'ReplaceRedChannelQVR(@2)' photo.tga black.tga out.png");
+    expectPixels("out.png", 2, 2, {{0, 20, 30}, {0, 100, 50}, {0, 0, 0}, {0, 255, 255}});
+    // A file that the call reads is never taken for the output.
+    expectSuccess("apply 'FindPictureQVR(@2, x, y)' photo.tga photo.tga", "true\nx = 0\ny = 0\n");
+    EXPECT_EQ(contentsOf(folder / "photo.tga"), tga(2, 2, photo));
+}
+
+TEST_P(Cli, CallsGlobalMethods)
+{
+    expectSuccess("apply 'MergePictureQVR(@1, @2)' photo.tga photo.tga out.png");
+    expectPixels("out.png", 2, 2, photo);
+    write("text.bin", binaryString(2, 2, negative));
+    expectSuccess("apply 'BinaryStringtoPictureQVR(@text.bin)' out.png");
+    expectPixels("out.png", 2, 2, negative);
+}
+
+TEST_P(Cli, WritesAPictureThatACallHasChanged)
+{
+    expectSuccess("apply 'ScrollHorizontalQVR(1, true, false)' photo.tga out.png", "true\n");
+    expectPixels("out.png", 2, 2, {photo[1], photo[0], photo[3], photo[2]});
+}
+
+TEST_P(Cli, AssignsAndSavesAlpha)
+{
+    expectSuccess("apply 'EmbeddedMaskQVR(false) = @photo.tga' photo.tga alpha.png --alpha");
+    expectSuccess("apply 'EmbeddedMaskQVR(false)' alpha.png out.png");
+    expectPixels("out.png", 2, 2, {{10, 10, 10}, {200, 200, 200}, {0, 0, 0}, {255, 255, 255}});
+    // Without being asked for, alpha is not saved.
+    expectSuccess("apply InvertQVR alpha.png plain.png");
+    expectSuccess("apply 'EmbeddedMaskQVR(false)' plain.png out.png");
+    expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{255, 255, 255}));
+}
+
+TEST_P(Cli, GivesAPictureAMask)
+{
+    expectSuccess("apply HasMaskQVR photo.tga", "false\n");
+    expectSuccess("apply HasMaskQVR photo.tga --mask photo.tga", "true\n");
+}
+
+TEST_P(Cli, ReadsTheSamplesOfASound)
+{
+    const std::string samples = "\x80\xFF\x01\x80";
+    const std::string format{"fmt \x10\0\0\0\x01\0\x01\0\x40\x1F\0\0\x40\x1F\0\0\x01\0\x08\0", 24};
+    const std::string list{"LIST\x03\0\0\0abc\0", 12};
+    const std::string sound =
+        std::string{"RIFF\0\0\0\0WAVE", 12} + format + list + std::string{"data\x04\0\0\0", 8} + samples;
+    write("sound.wav", sound);
+    write("samples.raw", samples);
+    expectSuccess("apply 'RenderSamplesQVR(@sound.wav, 0, 0, 4, 8, 0)' sound.png");
+    expectSuccess("apply 'RenderSamplesQVR(@samples.raw, 0, 0, 4, 8, 0)' samples.png");
+    EXPECT_EQ(contentsOf(folder / "sound.png"), contentsOf(folder / "samples.png"));
+
+    std::string compressed = sound;
+    compressed[20] = 2;
+    write("sound.wav", compressed);
+    expectFailure("apply 'RenderSamplesQVR(@sound.wav, 0, 0, 4, 8, 0)' out.png", "PCM");
+    write("sound.wav", sound.substr(0, 36));
+    expectFailure("apply 'RenderSamplesQVR(@sound.wav, 0, 0, 4, 8, 0)' out.png", "no samples");
+    write("sound.wav", "text");
+    expectFailure("apply 'RenderSamplesQVR(@sound.wav, 0, 0, 4, 8, 0)' out.png", "not a WAV file");
+}
+
+TEST_P(Cli, RunsFilters)
+{
+    expectSuccess("filter PictureSepiaQVR photo.tga out.png --set SepiaRed=40 --set SepiaGreen=20 "
+                  "--set SepiaBlue=-20 --set FactorRed=0.0 --set FactorBlue=0.0 --set FactorGreen=0.0");
+    expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{40, 20, 0}));
+    expectSuccess("filter PictureLut3DQVR photo.tga out.png --set 'Table(15, 15, 15, 1)=77.9'");
+    expectSuccess("apply 'CountColorQVR(&c004D00)' out.png", "1\n");
+}
+
+TEST_P(Cli, ChoosesItsHost)
+{
+    for (const char* host : {"--storage gworld24", "--storage bitmap", "--host console", "--host web",
+                             "--host desktop --host-version 2011"})
+    {
+        expectSuccess(std::string(host) + " apply InvertQVR photo.tga out.png");
+        expectPixels("out.png", 2, 2, negative);
+    }
+}
+
+TEST_P(Cli, RefusesWrongCalls)
+{
+    expectFailure("apply 'InvertQVR(1' photo.tga out.png", "expected \",\" or \")\" at character 12");
+    expectFailure("apply 'InvertQVR(1,)' photo.tga out.png", "expected a value");
+    expectFailure("apply 'InvertQVR()x' photo.tga out.png", "expected the end");
+    expectFailure("apply '' photo.tga out.png", "expected a method's name");
+    expectFailure("apply 'CountColorQVR(&cXYZ)' photo.tga", "hexadecimal");
+    expectFailure("apply 'ChangeSaturationQVR(2147483648)' photo.tga out.png", "32 bits");
+    expectFailure("apply 'NoSuchMethod' photo.tga out.png", "there is no method NoSuchMethod");
+    expectFailure("apply 'InvertQVR(1, 2)' photo.tga out.png", "InvertQVR takes (left as integer, ");
+    expectFailure("apply 'ChangeSaturationQVR(1.5)' photo.tga out.png", "takes (Amount as integer)");
+    expectFailure("apply 'ChangeSaturationQVR(x)' photo.tga out.png", "takes (Amount as integer)");
+    expectFailure("apply 'InvertQVR = nil' photo.tga out.png", "cannot be assigned to");
+    expectFailure("apply 'CountColorsQVR(r, b, g, n)' photo.tga --save r", "NAME=FILE");
+    expectFailure("apply 'MergePictureQVR(@1, @0)' photo.tga out.png", "numbered from @1");
+}
+
+TEST_P(Cli, RefusesWrongFiles)
+{
+    write("text.png", "no image");
+    expectFailure("apply InvertQVR missing.tga out.png", "cannot read missing.tga: No such file");
+    expectFailure("apply InvertQVR . out.png", "cannot read .");
+    expectFailure("apply InvertQVR text.png out.png", "text.png: not an image");
+    expectFailure("apply InvertQVR photo.tga nowhere/out.png", "cannot write nowhere/out.png: No such file");
+    expectFailure("apply InvertQVR photo.tga out.xyz", "must end in .png");
+    expectFailure("apply InvertQVR photo.tga", "needs an output file");
+    expectFailure("apply InvertQVR", "needs 1 input file");
+    expectFailure("apply InvertQVR photo.tga out.png more.png", "too many files");
+    expectFailure("--plugin photo.tga list", "photo.tga");
+    expectFailure("--plugin missing list", "missing");
+}
+
+TEST_P(Cli, TellsWhatACallRefused)
+{
+    write("small.tga", tga(1, 1, {photo[1]}));
+    expectFailure("apply 'ReplaceRedChannelQVR(nil)' photo.tga out.png",
+                  "NilObjectException: The channel picture is nil.");
+    expectFailure("apply 'ReplaceRedChannelQVR(@small.tga)' photo.tga out.png",
+                  "ReplaceRedChannelQVR gave nil");
+    EXPECT_FALSE(fs::exists(folder / "out.png"));
+}
+
+TEST_P(Cli, RefusesWrongFilters)
+{
+    expectFailure("filter NoSuchClass photo.tga out.png", "there is no class NoSuchClass");
+    expectFailure("filter PictureSepiaQVR photo.tga out.png --set Nothing=1", "has no property Nothing");
+    expectFailure("filter PictureSepiaQVR photo.tga out.png --set SepiaRed", "needs a value");
+    expectFailure("filter PictureSepiaQVR photo.tga out.png --set SepiaRed=1.5", "type integer");
+    expectFailure("filter PictureSepiaQVR photo.tga out.png --set 'SepiaRed(1)=1'", "takes no arguments");
+}
+
+TEST_P(Cli, RefusesWrongOptions)
+{
+    expectFailure("", "subcommand", usage);
+    expectFailure("apply", "CALL is required", usage);
+    expectFailure("--artefact beos list", "beos", usage);
+    expectFailure("list --nonsense", "--nonsense", usage);
+}
+
+TEST_P(Cli, ExplainsItself)
+{
+    const Outcome version = run("--version");
+    EXPECT_EQ(version.code, success);
+    EXPECT_EQ(version.output, std::string("pictureqvr ") + build::version + "\n");
+    const Outcome help = run("apply --help");
+    EXPECT_EQ(help.code, success);
+    EXPECT_THAT(help.output, HasSubstr("pictureqvr apply 'InvertQVR(10, 10, 200, 100)' photo.jpg out.png\n"));
+}
+
+TEST_P(Cli, DemoShowsEverythingRegistered)
+{
+    std::vector<Rgb> pixels;
+    constexpr int size = 80;
+    for (int y = 0; y < size; ++y)
+        for (int x = 0; x < size; ++x)
+            pixels.push_back({static_cast<std::uint8_t>(3 * x), static_cast<std::uint8_t>(2 * y),
+                              static_cast<std::uint8_t>(x + y)});
+    write("photo.tga", tga(size, size, pixels));
+    write("sound.wav", std::string{"RIFF\0\0\0\0WAVEfmt \x02\0\0\0\x01\0data\xD0\x07\0\0", 30} +
+                           std::string(2000, '\x21'));
+    const Outcome result = run("demo --photo photo.tga --sound sound.wav --out page");
+    EXPECT_EQ(result.code, success) << result.errors;
+    EXPECT_THAT(result.errors, EndsWith("Shown: 45 of 45 methods and 2 of 2 classes.\n"));
+    const std::string page = contentsOf(folder / "page" / "index.html");
+    EXPECT_THAT(page, HasSubstr("photo.InvertQVR"));
+    EXPECT_THAT(page, testing::Not(HasSubstr("{{")));
+    // Every picture that the page shows is there.
+    int pictures = 0;
+    for (std::size_t at = page.find("src=\""); at != std::string::npos; at = page.find("src=\"", at + 1))
+    {
+        const std::string name = page.substr(at + 5, page.find('"', at + 5) - at - 5);
+        EXPECT_TRUE(fs::file_size(folder / "page" / name) > 0) << name;
+        ++pictures;
+    }
+    EXPECT_GT(pictures, 40);
+    const Outcome refused = run("demo --photo missing.jpg --out page");
+    EXPECT_EQ(refused.code, failure);
+    EXPECT_THAT(refused.errors, EndsWith("pictureqvr: cannot read missing.jpg: No such file or directory\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Artefacts, Cli, testing::Values("linux", "mac"),
+                         [](const auto& info) { return info.param; });
+
+} // namespace
