@@ -312,6 +312,16 @@ TEST_P(Waveform, Smoothing)
     });
 }
 
+TEST_P(Waveform, SmoothingRoundsTheRangeToo)
+{
+    // Bars of level samples end exactly on a row, unless the range is a hair larger or smaller.
+    TestHost host{hostSetup(artefact(), standin::Kind::Console)};
+    for (int smooth = 2; smooth <= 40; ++smooth)
+        for (const std::uint8_t level :
+             {std::uint8_t{129}, std::uint8_t{135}, std::uint8_t{141}, std::uint8_t{120}})
+            expectWaveform(host, Bytes(3, level), {.smooth = smooth, .width = 2, .height = 127});
+}
+
 TEST_P(Waveform, OutlinesFarOutside)
 {
     // Tall pictures make lines longer than 16 bits hold, in both directions.
