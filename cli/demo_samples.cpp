@@ -181,7 +181,8 @@ std::vector<FilterSample> demoFilters()
          "Sepia: 40 and 20 added to the grey level for red and green, 20 taken for blue.",
          {"SepiaRed=40", "SepiaGreen=20", "SepiaBlue=-20"}},
         {sepia,
-         "Without the green channel's weight, which the property FactorBlue holds, and twice the red.",
+         "Without the green channel, whose weight the property FactorBlue holds, and with a weight of 0.8 "
+         "for red.",
          {"FactorRed=0.8", "FactorBlue=0.0"}},
         {table,
          "The table that maps every colour to itself, to within one level.",

@@ -96,8 +96,6 @@ protected:
 
     void SetUp() override
     {
-        if (GetParam() == "mac" && std::string(build::bundle).empty())
-            GTEST_SKIP() << "this build has no bundle";
         write("photo.tga", tga(2, 2, photo));
     }
 
@@ -408,7 +406,15 @@ TEST_P(Cli, DemoShowsEverythingRegistered)
     EXPECT_THAT(refused.errors, EndsWith("pictureqvr: cannot read missing.jpg: No such file or directory\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Artefacts, Cli, testing::Values("linux", "mac"),
+/// A build with sanitizers has no bundle.
+std::vector<std::string> artefacts()
+{
+    if (std::string(build::bundle).empty())
+        return {"linux"};
+    return {"linux", "mac"};
+}
+
+INSTANTIATE_TEST_SUITE_P(Artefacts, Cli, testing::ValuesIn(artefacts()),
                          [](const auto& info) { return info.param; });
 
 } // namespace
