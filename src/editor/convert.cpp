@@ -28,9 +28,14 @@ QVR_INLINE inline Bytes16 loadBytes(const uint8_t* address)
     return bytes;
 }
 
+/// Around the cache when `Streamed`; the address must be aligned then.
+template <bool Streamed>
 QVR_INLINE inline void storeBytes(uint8_t* address, Bytes16 bytes)
 {
-    __builtin_memcpy(address, &bytes, sizeof bytes);
+    if constexpr (Streamed)
+        __builtin_nontemporal_store(bytes, reinterpret_cast<Bytes16*>(address));
+    else
+        __builtin_memcpy(address, &bytes, sizeof bytes);
 }
 
 /// Whether a format has the colour's bytes in the order red, green, blue.
@@ -103,7 +108,7 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 
 /// Four pixels by one shuffle. A vector reaches four bytes past its twelve, so the last pixels are left to
 /// the narrow loop.
-template <class Format>
+template <class Format, bool Streamed>
 QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     const Bytes16 spare = Bytes16{} + static_cast<uint8_t>(Format::spare);
@@ -112,58 +117,102 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
     {
         const Bytes16 packed = loadBytes(source);
         if constexpr (redFirst<Format>)
-            storeBytes(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5, 16, 6, 7,
-                                                            8, 16, 9, 10, 11));
+            storeBytes<Streamed>(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5,
+                                                                      16, 6, 7, 8, 16, 9, 10, 11));
         else
-            storeBytes(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16, 8, 7, 6,
-                                                            16, 11, 10, 9, 16));
+            storeBytes<Streamed>(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16,
+                                                                      8, 7, 6, 16, 11, 10, 9, 16));
     }
     expandNarrow<Format>(source, destination, count - i);
 }
 
+/// The colours of four pixels, packed into the first twelve bytes.
 template <class Format>
+QVR_INLINE inline Bytes16 packedColours(const uint8_t* source)
+{
+    const Bytes16 pixels = loadBytes(source);
+    if constexpr (redFirst<Format>)
+        return __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1,
+                                       -1);
+    else
+        return __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1,
+                                       -1);
+}
+
+/// Three whole vectors from sixteen pixels at a time.
+template <class Format, bool Streamed>
 QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
-    for (; i + 6 <= count; i += 4, source += 16, destination += 12)
+    for (; i + 16 <= count; i += 16, source += 64, destination += 48)
     {
-        const Bytes16 pixels = loadBytes(source);
-        if constexpr (redFirst<Format>)
-            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13,
-                                                            14, 15, -1, -1, -1, -1));
-        else
-            storeBytes(destination, __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14,
-                                                            13, 12, -1, -1, -1, -1));
+        const Bytes16 first = packedColours<Format>(source);
+        const Bytes16 second = packedColours<Format>(source + 16);
+        const Bytes16 third = packedColours<Format>(source + 32);
+        const Bytes16 fourth = packedColours<Format>(source + 48);
+        storeBytes<Streamed>(destination, __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
+                                                                  10, 11, 16, 17, 18, 19));
+        storeBytes<Streamed>(destination + 16, __builtin_shufflevector(second, third, 4, 5, 6, 7, 8, 9, 10,
+                                                                       11, 16, 17, 18, 19, 20, 21, 22, 23));
+        storeBytes<Streamed>(destination + 32,
+                             __builtin_shufflevector(third, fourth, 8, 9, 10, 11, 16, 17, 18, 19, 20, 21, 22,
+                                                     23, 24, 25, 26, 27));
     }
     compactNarrow<Format>(source, destination, count - i);
 }
 
-template <class Format>
-void expand(const uint8_t* source, uint8_t* destination, int32_t count)
+/// The pixels of `pixelBytes` bytes before `address` reaches a vector's alignment; none when it never does.
+int32_t pixelsToAlignment(const uint8_t* address, int32_t pixelBytes)
 {
-    (wideLanesAvailable() ? expandWide<Format> : expandNarrow<Format>)(source, destination, count);
+    constexpr int32_t alignment = sizeof(Bytes16);
+    const auto misaligned = static_cast<int32_t>(reinterpret_cast<uintptr_t>(address) % alignment);
+    for (int32_t pixels = 0; pixels < alignment; ++pixels)
+        if ((misaligned + pixels * pixelBytes) % alignment == 0)
+            return pixels;
+    return alignment;
 }
 
 template <class Format>
-void compact(const uint8_t* source, uint8_t* destination, int32_t count)
+void expand(const uint8_t* source, uint8_t* destination, int32_t count, bool streamed)
 {
-    (wideLanesAvailable() ? compactWide<Format> : compactNarrow<Format>)(source, destination, count);
+    if (!wideLanesAvailable())
+        return expandNarrow<Format>(source, destination, count);
+    const int32_t head = pixelsToAlignment(destination, 4);
+    if (!streamed || head > count)
+        return expandWide<Format, false>(source, destination, count);
+    expandNarrow<Format>(source, destination, head);
+    expandWide<Format, true>(source + static_cast<ptrdiff_t>(head) * 3,
+                             destination + static_cast<ptrdiff_t>(head) * 4, count - head);
+}
+
+template <class Format>
+void compact(const uint8_t* source, uint8_t* destination, int32_t count, bool streamed)
+{
+    if (!wideLanesAvailable())
+        return compactNarrow<Format>(source, destination, count);
+    const int32_t head = pixelsToAlignment(destination, 3);
+    if (!streamed || head > count)
+        return compactWide<Format, false>(source, destination, count);
+    compactNarrow<Format>(source, destination, head);
+    compactWide<Format, true>(source + static_cast<ptrdiff_t>(head) * 4,
+                              destination + static_cast<ptrdiff_t>(head) * 3, count - head);
 }
 
 } // namespace
 
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
-                   uint8_t* destination, int32_t count)
+                   uint8_t* destination, int32_t count, bool streamed)
 {
     const bool fromRGB24 = sourceFormat == PixelFormatRGB24;
     const bool toRGB24 = destinationFormat == PixelFormatRGB24;
     if (fromRGB24 && toRGB24)
         libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
     else if (fromRGB24)
-        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination,
-                                                                                   count);
+        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination, count,
+                                                                                   streamed);
     else if (toRGB24)
-        (sourceFormat == PixelFormatARGB32 ? compact<ARGB32> : compact<BGRX32>)(source, destination, count);
+        (sourceFormat == PixelFormatARGB32 ? compact<ARGB32> : compact<BGRX32>)(source, destination, count,
+                                                                                streamed);
     else
         reverseWords(source, destination, count,
                      destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);

@@ -82,8 +82,8 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
 /// Converts `count` pixels from one format to another. The two differ, unless both are `PixelFormatRGB24`.
 ///
 /// A spare byte gets what writers put there; only from `PixelFormatBGRX32` to `PixelFormatARGB32` it goes
-/// along.
+/// along. `streamed` stores to or from the 3-byte format around the cache.
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
-                   uint8_t* destination, int32_t count);
+                   uint8_t* destination, int32_t count, bool streamed = false);
 
 } // namespace qvr

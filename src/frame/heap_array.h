@@ -9,16 +9,20 @@
 namespace qvr
 {
 
-/// A zero-filled array on the heap, freed with its owner. Null when it could not be had or `count` is not
-/// positive.
+/// What a new array holds.
+enum class Filling : uint8_t
+{
+    Zeros,
+    Nothing, ///< whatever the memory held before
+};
+
+/// An array on the heap, freed with its owner. Null when it could not be had or `count` is not positive.
 template <class Element>
 class HeapArray
 {
 public:
-    explicit HeapArray(int32_t count)
-        : elements(count < 1
-                       ? nullptr
-                       : static_cast<Element*>(libc::calloc(static_cast<size_t>(count), sizeof(Element))))
+    explicit HeapArray(int32_t count, Filling filling = Filling::Zeros)
+        : elements(count < 1 ? nullptr : static_cast<Element*>(allocate(static_cast<size_t>(count), filling)))
     {
     }
     ~HeapArray()
@@ -42,6 +46,13 @@ public:
     }
 
 private:
+    static void* allocate(size_t count, Filling filling)
+    {
+        if (filling == Filling::Zeros)
+            return libc::calloc(count, sizeof(Element));
+        return count > SIZE_MAX / sizeof(Element) ? nullptr : libc::malloc(count * sizeof(Element));
+    }
+
     Element* elements;
 };
 

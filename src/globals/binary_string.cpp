@@ -1,5 +1,6 @@
 #include "globals/binary_string.h"
 
+#include "editor/copy.h"
 #include "editor/runs.h"
 #include "frame/heap_array.h"
 #include "frame/string_bytes.h"
@@ -80,19 +81,22 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
     if (total < 1 || total > longestString)
         return nullptr;
     const auto size = static_cast<int32_t>(total);
-    const HeapArray<uint8_t> bytes(size);
+    const HeapArray<uint8_t> bytes(size, Filling::Nothing);
     if (!bytes)
         return nullptr;
 
+    libc::memset(bytes.get(), 0, headerBytes);
     storeBigEndian(&bytes[magicAt], magic);
     storeBigEndian(&bytes[lengthAt], static_cast<uint32_t>(size));
     storeBigEndian(&bytes[widthAt], static_cast<uint32_t>(reader.width));
     storeBigEndian(&bytes[heightAt], static_cast<uint32_t>(reader.height));
     storeBigEndian(&bytes[depthAt], writtenDepth);
     storeBigEndian(&bytes[dataOffsetAt], headerBytes);
+    const bool streamed = isStreamedSize(size);
     uint8_t* packed = bytes.get() + headerBytes;
     for (int32_t row = 0; row < reader.height; ++row, packed += static_cast<ptrdiff_t>(reader.width) * 3)
-        convertPixels(reader.pixelFormat, reader.RowAddress(row), PixelFormatRGB24, packed, reader.width);
+        convertPixels(reader.pixelFormat, reader.RowAddress(row), PixelFormatRGB24, packed, reader.width,
+                      streamed);
 
     REALstringStruct* const string = host.REALBuildString(bytes.get(), size);
     if (string != nullptr)
@@ -112,8 +116,10 @@ REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
     const uint8_t* packed = contents.pixels;
     const int32_t rows = minimum(contents.height, writer.height);
     const int32_t columns = minimum(contents.width, writer.width);
+    const bool streamed = isStreamedSize(static_cast<int64_t>(writer.rowBytes) * writer.height);
     for (int32_t row = 0; row < rows; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
-        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row), columns);
+        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row), columns,
+                      streamed);
     return writer.RenderPictureWriter();
 }
 

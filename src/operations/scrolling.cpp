@@ -35,7 +35,7 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
     const int32_t savedRows = shift > 0 ? picture.height - shift : picture.height;
     if (wrappingMultiply(savedRows, picture.rowBytes) <= 0)
         return false;
-    const HeapArray<uint8_t> saved(picture.rowBytes);
+    const HeapArray<uint8_t> saved(picture.rowBytes, Filling::Nothing);
     if (!saved)
         return false;
 
@@ -67,7 +67,7 @@ void rotateColumns(const PictureEditor& picture, int32_t shift)
     if (shift == 0)
         return;
     const int32_t rowLength = wrappingMultiply(picture.width, picture.bytesPerPixel);
-    const HeapArray<uint8_t> saved(rowLength);
+    const HeapArray<uint8_t> saved(rowLength, Filling::Nothing);
     if (!saved)
         return;
     const int32_t distance = shift > 0 ? shift : shift + picture.width;
