@@ -161,7 +161,29 @@ QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, in
     compactNarrow<Format>(source, destination, count - i);
 }
 
-/// The pixels of `pixelBytes` bytes before `address` reaches a vector's alignment; none when it never does.
+using PixelLoop = void (*)(const uint8_t* source, uint8_t* destination, int32_t count);
+
+/// The loops of one conversion.
+struct Conversion
+{
+    PixelLoop narrow;
+    PixelLoop wide;
+    /// The destination must be aligned to a vector.
+    PixelLoop wideStreamed;
+    int32_t sourceBytes;
+    int32_t destinationBytes;
+};
+
+template <class Format>
+constexpr Conversion expansion{expandNarrow<Format>, expandWide<Format, false>, expandWide<Format, true>, 3,
+                               4};
+
+template <class Format>
+constexpr Conversion compaction{compactNarrow<Format>, compactWide<Format, false>, compactWide<Format, true>,
+                                4, 3};
+
+/// The pixels of `pixelBytes` bytes before `address` reaches a vector's alignment; `INT32_MAX` when it never
+/// does.
 int32_t pixelsToAlignment(const uint8_t* address, int32_t pixelBytes)
 {
     constexpr int32_t alignment = sizeof(Bytes16);
@@ -169,33 +191,21 @@ int32_t pixelsToAlignment(const uint8_t* address, int32_t pixelBytes)
     for (int32_t pixels = 0; pixels < alignment; ++pixels)
         if ((misaligned + pixels * pixelBytes) % alignment == 0)
             return pixels;
-    return alignment;
+    return INT32_MAX;
 }
 
-template <class Format>
-void expand(const uint8_t* source, uint8_t* destination, int32_t count, bool streamed)
+void convert(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count,
+             bool streamed)
 {
     if (!wideLanesAvailable())
-        return expandNarrow<Format>(source, destination, count);
-    const int32_t head = pixelsToAlignment(destination, 4);
+        return conversion.narrow(source, destination, count);
+    const int32_t head = pixelsToAlignment(destination, conversion.destinationBytes);
     if (!streamed || head > count)
-        return expandWide<Format, false>(source, destination, count);
-    expandNarrow<Format>(source, destination, head);
-    expandWide<Format, true>(source + static_cast<ptrdiff_t>(head) * 3,
-                             destination + static_cast<ptrdiff_t>(head) * 4, count - head);
-}
-
-template <class Format>
-void compact(const uint8_t* source, uint8_t* destination, int32_t count, bool streamed)
-{
-    if (!wideLanesAvailable())
-        return compactNarrow<Format>(source, destination, count);
-    const int32_t head = pixelsToAlignment(destination, 3);
-    if (!streamed || head > count)
-        return compactWide<Format, false>(source, destination, count);
-    compactNarrow<Format>(source, destination, head);
-    compactWide<Format, true>(source + static_cast<ptrdiff_t>(head) * 4,
-                              destination + static_cast<ptrdiff_t>(head) * 3, count - head);
+        return conversion.wide(source, destination, count);
+    conversion.narrow(source, destination, head);
+    conversion.wideStreamed(source + static_cast<ptrdiff_t>(head) * conversion.sourceBytes,
+                            destination + static_cast<ptrdiff_t>(head) * conversion.destinationBytes,
+                            count - head);
 }
 
 } // namespace
@@ -208,11 +218,11 @@ void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinat
     if (fromRGB24 && toRGB24)
         libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
     else if (fromRGB24)
-        (destinationFormat == PixelFormatARGB32 ? expand<ARGB32> : expand<BGRX32>)(source, destination, count,
-                                                                                   streamed);
+        convert(destinationFormat == PixelFormatARGB32 ? expansion<ARGB32> : expansion<BGRX32>, source,
+                destination, count, streamed);
     else if (toRGB24)
-        (sourceFormat == PixelFormatARGB32 ? compact<ARGB32> : compact<BGRX32>)(source, destination, count,
-                                                                                streamed);
+        convert(sourceFormat == PixelFormatARGB32 ? compaction<ARGB32> : compaction<BGRX32>, source,
+                destination, count, streamed);
     else
         reverseWords(source, destination, count,
                      destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);

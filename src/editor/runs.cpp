@@ -1,7 +1,5 @@
 #include "editor/runs.h"
 
-#include "editor/copy.h"
-
 namespace qvr
 {
 
@@ -101,6 +99,12 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
 }
 
 } // namespace
+
+bool isStreamedSize(int64_t bytes)
+{
+    constexpr int64_t smallestStreamed = 4 << 20;
+    return bytes >= smallestStreamed;
+}
 
 Block wholeBlock(const PictureEditor& picture)
 {

@@ -46,6 +46,10 @@ Block blockOf(const PictureEditor& picture, const Rectangle& rectangle);
 /// The block's columns that lie inside the rows of `picture`; none when it has no rows.
 int32_t columnsWithin(const PictureEditor& picture, const Block& block);
 
+/// Whether so many bytes are better stored around the cache: they would not stay in it, and storing that way
+/// saves reading the destination first.
+bool isStreamedSize(int64_t bytes);
+
 /// The most pictures that one walk reads.
 constexpr int32_t mostSources = 3;
 

@@ -345,27 +345,35 @@ void forEachRun(const PictureReader& reader, const PictureEditor* destination, c
               block, &source, 1, destination);
 }
 
-/// A new picture in which `formula` has changed the pixels of the rectangle; the others are as the host made
-/// them.
+/// A new picture in which the pixels of `blockFor(reader)` have the formula's values of the picture's pixels;
+/// the others are as the host made them.
 ///
 /// One reference is the caller's. Null when the picture cannot be opened, when a side is not 1 to 32767, or
 /// when the host cannot make the result.
-template <class Formula>
-REALpictureStruct* mapRectangle(REALpictureStruct* picture, const Rectangle& rectangle,
-                                const Formula& formula)
+template <class BlockFor, class Formula>
+REALpictureStruct* mapPart(REALpictureStruct* picture, const BlockFor& blockFor, const Formula& formula)
 {
     PictureReader reader;
     PictureWriter writer;
     if (!reader.Open(picture) || !writer.OpenNew(reader.width, reader.height))
         return nullptr;
-    mapBlock(writer, blockOf(reader, rectangle), formula, reader);
+    mapBlock(writer, blockFor(reader), formula, reader);
     return writer.RenderPictureWriter();
+}
+
+/// `mapPart` for a rectangle.
+template <class Formula>
+REALpictureStruct* mapRectangle(REALpictureStruct* picture, const Rectangle& rectangle,
+                                const Formula& formula)
+{
+    return mapPart(
+        picture, [&rectangle](const PictureReader& reader) { return blockOf(reader, rectangle); }, formula);
 }
 
 /// The rectangle that means the whole picture.
 constexpr Rectangle wholePicture{0, 0, -1, -1};
 
-/// A new picture of the same size with the formula's value of every pixel; results as in `mapRectangle`.
+/// `mapPart` for the whole picture.
 template <class Formula>
 REALpictureStruct* mapPicture(REALpictureStruct* picture, const Formula& formula)
 {

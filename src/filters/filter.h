@@ -47,19 +47,13 @@ inline Block filterBlock(const PictureReader& reader, const FilterLimits& limits
             extent(limits.minY, limits.maxY, reader.height)};
 }
 
-/// A new picture of the source's size whose block holds the formula's value of every pixel; the rest is as
-/// the host made it. One reference is the caller's; null when the source cannot be opened, when a side is not
-/// 1 to 32767, or when the host cannot make the result.
+/// `mapPart` for a filter's block.
 template <class Formula>
 REALpictureStruct* filterPicture(REALpictureStruct* source, const FilterLimits& limits,
                                  const Formula& formula)
 {
-    PictureReader reader;
-    PictureWriter writer;
-    if (!reader.Open(source) || !writer.OpenNew(reader.width, reader.height))
-        return nullptr;
-    mapBlock(writer, filterBlock(reader, limits), formula, reader);
-    return writer.RenderPictureWriter();
+    return mapPart(
+        source, [&limits](const PictureReader& reader) { return filterBlock(reader, limits); }, formula);
 }
 
 } // namespace qvr

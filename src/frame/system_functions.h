@@ -26,31 +26,25 @@ struct ApplicationServices
 template <class Signature>
 using QuickDrawFunction = EntryPoint<ApplicationServices, Signature>;
 
+/// A constant CoreFoundation string, laid out by the compiler.
 #define QVR_CFSTRING(text) __builtin___CFStringMakeConstantString(text)
-#define QVR_QUICKDRAW(name)                                                                                  \
-    name                                                                                                     \
-    {                                                                                                        \
-        QVR_CFSTRING(#name)                                                                                  \
-    }
 
 /// The QuickDraw functions in use. A missing one does nothing and gives 0, false or null.
 struct QuickDrawFunctions
 {
-    QuickDrawFunction<PixMapHandle(GWorldPtr)> QVR_QUICKDRAW(GetGWorldPixMap);
-    QuickDrawFunction<int16_t(PixMapHandle)> QVR_QUICKDRAW(GetPixDepth);
-    QuickDrawFunction<Boolean(PixMapHandle)> QVR_QUICKDRAW(LockPixels);
-    QuickDrawFunction<void(PixMapHandle)> QVR_QUICKDRAW(UnlockPixels);
-    QuickDrawFunction<uint8_t*(PixMapHandle)> QVR_QUICKDRAW(GetPixBaseAddr);
-    QuickDrawFunction<int32_t(PixMapHandle)> QVR_QUICKDRAW(GetPixRowBytes);
-    QuickDrawFunction<void(CGrafPtr* port, GDHandle* device)> QVR_QUICKDRAW(GetGWorld);
-    QuickDrawFunction<void(CGrafPtr port, GDHandle device)> QVR_QUICKDRAW(SetGWorld);
-    QuickDrawFunction<RgnHandle()> QVR_QUICKDRAW(NewRgn);
-    QuickDrawFunction<void(RgnHandle)> QVR_QUICKDRAW(DisposeRgn);
+    QuickDrawFunction<PixMapHandle(GWorldPtr)> GetGWorldPixMap{QVR_CFSTRING("GetGWorldPixMap")};
+    QuickDrawFunction<int16_t(PixMapHandle)> GetPixDepth{QVR_CFSTRING("GetPixDepth")};
+    QuickDrawFunction<Boolean(PixMapHandle)> LockPixels{QVR_CFSTRING("LockPixels")};
+    QuickDrawFunction<void(PixMapHandle)> UnlockPixels{QVR_CFSTRING("UnlockPixels")};
+    QuickDrawFunction<uint8_t*(PixMapHandle)> GetPixBaseAddr{QVR_CFSTRING("GetPixBaseAddr")};
+    QuickDrawFunction<int32_t(PixMapHandle)> GetPixRowBytes{QVR_CFSTRING("GetPixRowBytes")};
+    QuickDrawFunction<void(CGrafPtr* port, GDHandle* device)> GetGWorld{QVR_CFSTRING("GetGWorld")};
+    QuickDrawFunction<void(CGrafPtr port, GDHandle device)> SetGWorld{QVR_CFSTRING("SetGWorld")};
+    QuickDrawFunction<RgnHandle()> NewRgn{QVR_CFSTRING("NewRgn")};
+    QuickDrawFunction<void(RgnHandle)> DisposeRgn{QVR_CFSTRING("DisposeRgn")};
     /// (rectangle, columns to the right, rows down, region that receives the uncovered band)
-    QuickDrawFunction<void(const Rect*, int16_t, int16_t, RgnHandle)> QVR_QUICKDRAW(ScrollRect);
+    QuickDrawFunction<void(const Rect*, int16_t, int16_t, RgnHandle)> ScrollRect{QVR_CFSTRING("ScrollRect")};
 };
-
-#undef QVR_QUICKDRAW
 
 static_assert(sizeof(QuickDrawFunctions) == 11 * sizeof(QuickDrawFunction<void()>));
 

@@ -1,6 +1,5 @@
 #include "globals/binary_string.h"
 
-#include "editor/copy.h"
 #include "editor/runs.h"
 #include "frame/heap_array.h"
 #include "frame/string_bytes.h"

@@ -1,7 +1,6 @@
 #include "operations/scrolling.h"
 
 #include "editor/arithmetic.h"
-#include "editor/copy.h"
 #include "editor/picture_editor.h"
 #include "frame/heap_array.h"
 #include "frame/system_functions.h"
@@ -40,12 +39,11 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
         return false;
 
     const auto rowBytes = static_cast<size_t>(picture.rowBytes);
-    const bool streamed = isStreamedSize(static_cast<int64_t>(picture.rowBytes) * picture.height);
     const int32_t distance = shift > 0 ? shift : shift + picture.height;
     int32_t moved = 0;
     for (int32_t start = 0; moved < picture.height; ++start)
     {
-        copyBytes(saved.get(), picture.RowAddress(start), rowBytes, false);
+        libc::memcpy(saved.get(), picture.RowAddress(start), rowBytes);
         int32_t row = start;
         for (;;)
         {
@@ -53,10 +51,10 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
             const int32_t from = row >= distance ? row - distance : row - distance + picture.height;
             if (from == start)
                 break;
-            copyBytes(picture.RowAddress(row), picture.RowAddress(from), rowBytes, streamed);
+            libc::memcpy(picture.RowAddress(row), picture.RowAddress(from), rowBytes);
             row = from;
         }
-        copyBytes(picture.RowAddress(row), saved.get(), rowBytes, streamed);
+        libc::memcpy(picture.RowAddress(row), saved.get(), rowBytes);
     }
     return true;
 }
@@ -76,9 +74,9 @@ void rotateColumns(const PictureEditor& picture, int32_t shift)
     for (int32_t row = 0; row < picture.height; ++row)
     {
         uint8_t* const pixels = picture.RowAddress(row);
-        copyBytes(saved.get(), pixels, static_cast<size_t>(rowLength), false);
-        copyBytes(pixels, saved.get() + kept, wrapped, false);
-        copyBytes(pixels + wrapped, saved.get(), kept, false);
+        libc::memcpy(saved.get(), pixels, static_cast<size_t>(rowLength));
+        libc::memcpy(pixels, saved.get() + kept, wrapped);
+        libc::memcpy(pixels + wrapped, saved.get(), kept);
     }
 }
 
