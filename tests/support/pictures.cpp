@@ -179,7 +179,8 @@ const std::vector<std::pair<int, int>>& testSizes()
 {
     static const std::vector<std::pair<int, int>> sizes = [] {
         std::vector<std::pair<int, int>> result;
-        for (int width = 1; width <= 40; ++width)
+        // Under the sanitizers every fifth width: all lengths of a tail of four or eight pixels still occur.
+        for (int width = 1; width <= 40; width += sanitized ? 5 : 1)
             result.emplace_back(width, 1 + width % 4);
         for (const int width : {63, 64, 65, 100, 127, 131})
             result.emplace_back(width, 3);

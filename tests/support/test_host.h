@@ -45,6 +45,19 @@ HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind = standin::Ki
 /// a console and a web application with memory bitmaps.
 std::vector<HostSetup> hostSetups(standin::Artefact artefact);
 
+/// Whether this build is an instrumented one, in which everything takes many times as long.
+#if __has_feature(address_sanitizer)
+inline constexpr bool sanitized = true;
+#else
+inline constexpr bool sanitized = false;
+#endif
+
+/// A number of rounds, or a length, that takes a fitting time in this build.
+constexpr int affordable(int number)
+{
+    return sanitized ? number / 5 : number;
+}
+
 /// One version on each side of every threshold.
 inline constexpr double hostVersions[] = {2010.0, 2010.029, 2011.0,  2012.0, 2012.5,
                                           2013.0, 2013.02,  2013.03, 2019.1};
