@@ -9,7 +9,6 @@ namespace
 {
 
 using reference::Picture;
-using reference::Pixel;
 using reference::Rectangle;
 using standin::Arguments;
 
