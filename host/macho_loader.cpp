@@ -160,37 +160,16 @@ public:
 
     std::uint32_t unsignedNumber()
     {
-        std::uint64_t value = 0;
-        unsigned shift = 0;
-        std::uint8_t piece = 0;
-        do
-        {
-            piece = byte();
-            if (shift < 64)
-                value |= static_cast<std::uint64_t>(piece & 0x7FU) << shift;
-            shift += 7;
-        }
-        while ((piece & 0x80U) != 0);
-        return static_cast<std::uint32_t>(value);
+        return static_cast<std::uint32_t>(number().value);
     }
 
     /// Addresses wrap, so a negative number is as good as the unsigned one of the same bits.
     std::uint32_t signedNumber()
     {
-        std::uint64_t value = 0;
-        unsigned shift = 0;
-        std::uint8_t piece = 0;
-        do
-        {
-            piece = byte();
-            if (shift < 64)
-                value |= static_cast<std::uint64_t>(piece & 0x7FU) << shift;
-            shift += 7;
-        }
-        while ((piece & 0x80U) != 0);
-        if ((piece & 0x40U) != 0 && shift < 64)
-            value |= ~std::uint64_t{0} << shift;
-        return static_cast<std::uint32_t>(value);
+        Number read = number();
+        if ((read.lastPiece & 0x40U) != 0 && read.bits < 64)
+            read.value |= ~std::uint64_t{0} << read.bits;
+        return static_cast<std::uint32_t>(read.value);
     }
 
     std::string text()
@@ -208,6 +187,28 @@ public:
     }
 
 private:
+    /// A number of variable length (LEB128), not yet extended to its sign.
+    struct Number
+    {
+        std::uint64_t value = 0;
+        unsigned bits = 0;
+        std::uint8_t lastPiece = 0;
+    };
+
+    Number number()
+    {
+        Number read;
+        do
+        {
+            read.lastPiece = byte();
+            if (read.bits < 64)
+                read.value |= static_cast<std::uint64_t>(read.lastPiece & 0x7FU) << read.bits;
+            read.bits += 7;
+        }
+        while ((read.lastPiece & 0x80U) != 0);
+        return read;
+    }
+
     const Image& image;
     const unsigned char* next;
     const unsigned char* end;

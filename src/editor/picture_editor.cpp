@@ -12,8 +12,9 @@ bool IsConsole = false;
 namespace
 {
 
-/// From this host version on a failed lock of a memory bitmap needs no unlock.
-constexpr double versionWithCleanFailedLocks = 2012.0;
+/// Hosts before this version want an unlock after a failed lock of a memory bitmap too, and are asked for
+/// their own drawing function.
+constexpr double firstNewerHostVersion = 2012.0;
 
 /// Finds out whether the host is a desktop or a console (or web) application; it may be neither.
 void DetectHostKind()
@@ -34,7 +35,7 @@ bool LockBitmapDescription(REALpictureStruct* picture, REALpictureDescription* d
 {
     if (host.REALLockPictureDescription(picture, description, pictureMemoryBitmap))
         return true;
-    if (hostVersion < versionWithCleanFailedLocks)
+    if (hostVersion < firstNewerHostVersion)
         host.unlockPictureDescription(picture);
     return false;
 }
@@ -320,7 +321,7 @@ void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destin
     }
 
     // Older hosts are asked for their own drawing function, whose answer nobody uses; kept as it is.
-    if (hostVersion < versionWithCleanFailedLocks)
+    if (hostVersion < firstNewerHostVersion)
         host.RuntimeGraphicsDrawPicture.available();
 
     if (source == nullptr || destination == nullptr || sw != w || sh != h)
