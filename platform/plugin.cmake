@@ -9,10 +9,9 @@ target_compile_options(project_warnings INTERFACE
 # Module libraries do exist on the bare target that the Mac toolchain file names.
 set_property(GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS TRUE)
 
-file(GLOB_RECURSE PLUGIN_SOURCES CONFIGURE_DEPENDS
-    ${PROJECT_SOURCE_DIR}/src/*.cpp ${PROJECT_SOURCE_DIR}/platform/*.cpp)
+file(GLOB_RECURSE PLUGIN_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
 add_library(PictureQVR MODULE ${PLUGIN_SOURCES})
-target_include_directories(PictureQVR PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+target_include_directories(PictureQVR PRIVATE ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(PictureQVR PRIVATE project_warnings)
 target_compile_options(PictureQVR PRIVATE
     -ffreestanding -nostdinc++ -nostdlibinc

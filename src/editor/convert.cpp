@@ -1,5 +1,5 @@
 #include "editor/runs.h"
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

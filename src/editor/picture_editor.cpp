@@ -1,7 +1,7 @@
 #include "editor/picture_editor.h"
 
-#include "frame/system_functions.h"
-#include "platform/c_library.h"
+#include "system/c_library.h"
+#include "system/quickdraw.h"
 
 namespace qvr
 {

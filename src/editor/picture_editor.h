@@ -3,7 +3,7 @@
 #pragma once
 
 #include "abi/system_abi.h"
-#include "frame/host_access.h"
+#include "runtime/host_access.h"
 
 namespace qvr
 {

@@ -1,5 +1,5 @@
-#include "frame/host_functions.h"
 #include "frame/registration.h"
+#include "runtime/host_functions.h"
 
 namespace qvr
 {

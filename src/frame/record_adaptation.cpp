@@ -1,8 +1,8 @@
 #include "frame/record_adaptation.h"
 
-#include "frame/host_functions.h"
 #include "frame/registration.h"
-#include "platform/c_library.h"
+#include "runtime/host_functions.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

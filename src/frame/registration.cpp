@@ -2,7 +2,6 @@
 
 #include "filters/lut3d.h"
 #include "filters/sepia.h"
-#include "frame/host_functions.h"
 #include "frame/record_adaptation.h"
 #include "globals/binary_string.h"
 #include "globals/combining.h"
@@ -18,7 +17,8 @@
 #include "operations/region_tests.h"
 #include "operations/saturation.h"
 #include "operations/scrolling.h"
-#include "platform/c_library.h"
+#include "runtime/host_functions.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

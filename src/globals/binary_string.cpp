@@ -1,8 +1,8 @@
 #include "globals/binary_string.h"
 
 #include "editor/runs.h"
-#include "frame/heap_array.h"
-#include "frame/string_bytes.h"
+#include "runtime/string_bytes.h"
+#include "system/heap_array.h"
 
 namespace qvr
 {

@@ -1,9 +1,9 @@
 #include "globals/waveform.h"
 
 #include "editor/walks.h"
-#include "frame/heap_array.h"
 #include "globals/sample_sums.h"
 #include "globals/wu_line.h"
+#include "system/heap_array.h"
 
 namespace qvr
 {

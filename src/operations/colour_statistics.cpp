@@ -1,7 +1,7 @@
 #include "operations/colour_statistics.h"
 
 #include "editor/walks.h"
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "editor/runs.h"
-#include "frame/heap_array.h"
+#include "system/heap_array.h"
 
 namespace qvr
 {

@@ -1,7 +1,7 @@
 #include "operations/find_picture.h"
 
 #include "editor/walks.h"
-#include "frame/heap_array.h"
+#include "system/heap_array.h"
 
 namespace qvr
 {

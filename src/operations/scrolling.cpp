@@ -2,8 +2,8 @@
 
 #include "editor/arithmetic.h"
 #include "editor/picture_editor.h"
-#include "frame/heap_array.h"
-#include "frame/system_functions.h"
+#include "system/heap_array.h"
+#include "system/quickdraw.h"
 
 namespace qvr
 {

@@ -2,7 +2,7 @@
 /// Working memory of one call.
 #pragma once
 
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 #include <stdint.h>
 

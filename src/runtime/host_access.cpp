@@ -1,6 +1,6 @@
-#include "frame/host_access.h"
+#include "runtime/host_access.h"
 
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "abi/system_abi.h"
-#include "frame/entry_point.h"
+#include "system/entry_point.h"
 
 namespace qvr
 {

@@ -2,7 +2,7 @@
 /// What the plug-in does with host functions beyond calling one: guards, exceptions and string bytes.
 #pragma once
 
-#include "frame/host_functions.h"
+#include "runtime/host_functions.h"
 
 namespace qvr
 {

@@ -1,4 +1,4 @@
-#include "platform/carbon.h"
+#include "system/carbon.h"
 
 #ifdef __APPLE__
 #define QVR_SYSTEM_IMPORT

@@ -1,6 +1,6 @@
-#include "frame/system_functions.h"
+#include "system/quickdraw.h"
 
-#include "platform/carbon.h"
+#include "system/carbon.h"
 
 namespace qvr
 {

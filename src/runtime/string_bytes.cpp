@@ -1,6 +1,6 @@
-#include "frame/string_bytes.h"
+#include "runtime/string_bytes.h"
 
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 namespace qvr
 {

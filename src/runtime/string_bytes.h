@@ -2,7 +2,7 @@
 /// The bytes of a host string for the length of a scope.
 #pragma once
 
-#include "frame/host_access.h"
+#include "runtime/host_access.h"
 
 namespace qvr
 {

@@ -1,4 +1,4 @@
-#include "platform/c_library.h"
+#include "system/c_library.h"
 
 #include <emmintrin.h>
 #include <stdint.h>
