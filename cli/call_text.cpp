@@ -1,6 +1,6 @@
 #include "cli/call_text.h"
 
-#include "host/declaration.h"
+#include "host/calls/declaration.h"
 #include "host/error.h"
 
 #include <algorithm>

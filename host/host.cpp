@@ -1,6 +1,6 @@
 #include "host/host.h"
 
-#include "host/core.h"
+#include "host/core/core.h"
 #include "host/error.h"
 
 #include <algorithm>

@@ -3,12 +3,12 @@
 /// that tests, command line, benchmarks and fuzzers can call its methods by their declarations.
 #pragma once
 
+#include "host/calls/registry.h"
+#include "host/core/faults.h"
+#include "host/core/ledger.h"
 #include "host/error.h"
-#include "host/faults.h"
-#include "host/ledger.h"
-#include "host/picture.h"
-#include "host/registry.h"
-#include "host/value.h"
+#include "host/values/picture.h"
+#include "host/values/value.h"
 
 #include <functional>
 #include <memory>

@@ -3,9 +3,9 @@
 /// functions of this file.
 #include "abi/host_abi.h"
 #include "abi/system_abi.h"
-#include "host/core.h"
-#include "host/memory.h"
-#include "host/plugin.h"
+#include "host/core/core.h"
+#include "host/loaders/plugin.h"
+#include "host/objects/guarded_block.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 /// differ.
 #pragma once
 
-#include "host/picture.h"
+#include "host/values/picture.h"
 #include "tests/reference/picture.h"
 #include "tests/support/test_host.h"
 
