@@ -197,7 +197,7 @@ private:
     const Options options;
     const Setting setting;
     const std::vector<Row> rows;
-    const RgbImage photograph;
+    const media::Image photograph;
     CopyBuffers buffers;
     nlohmann::json report = nlohmann::json::array();
     bool failed = false;

@@ -26,7 +26,7 @@ standin::Options hostOptions(const Setting& setting)
 
 } // namespace
 
-Workshop::Workshop(const Setting& chosen, const RgbImage& photographToUse, int pictureWidth,
+Workshop::Workshop(const Setting& chosen, const media::Image& photographToUse, int pictureWidth,
                    int pictureHeight)
     : width(pictureWidth),
       height(pictureHeight),
@@ -47,7 +47,7 @@ const standin::Picture& Workshop::photo()
     if (photoPicture.isNil())
     {
         photoPicture = host.newPicture(width, height, setting.sourceStorage);
-        photoPicture.setRgb(scaled(photograph, width, height).rgb);
+        photoPicture.setRgb(media::scaled(photograph, width, height).bytes);
     }
     return photoPicture;
 }

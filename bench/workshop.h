@@ -30,7 +30,7 @@ struct Setting
 class Workshop
 {
 public:
-    Workshop(const Setting& setting, const RgbImage& photograph, int width, int height);
+    Workshop(const Setting& setting, const media::Image& photograph, int width, int height);
 
     const int width;
     const int height;
@@ -104,7 +104,7 @@ private:
     }
 
     Setting setting;
-    const RgbImage& photograph;
+    const media::Image& photograph;
     standin::Picture photoPicture;
     standin::Picture otherPhotoPicture;
     std::set<std::pair<std::string, std::size_t>> used;

@@ -1,7 +1,8 @@
 #include "cli/apply.h"
 
-#include "cli/media.h"
+#include "cli/files.h"
 #include "cli/method_call.h"
+#include "host/file.h"
 
 #include <algorithm>
 #include <charconv>
@@ -65,7 +66,7 @@ struct Files
 
 void save(const standin::Picture& picture, const std::string& path, bool alpha)
 {
-    saveImage(imageOf(picture, alpha), path);
+    media::writeImage(path, imageOf(picture, alpha));
 }
 
 void printVariables(const MethodCall& call, std::vector<std::string> saves)
@@ -83,7 +84,7 @@ void printVariables(const MethodCall& call, std::vector<std::string> saves)
         const standin::MemoryBlock block = variable.value.memoryBlock();
         if (block.isNil())
             throw Error("cannot save " + variable.name + ": it is nil");
-        writeBytes(wanted->substr(wanted->find('=') + 1), block.bytes());
+        standin::writeFile(wanted->substr(wanted->find('=') + 1), block.bytes());
         saves.erase(wanted);
     }
     if (!saves.empty())
@@ -102,10 +103,7 @@ void deliver(const MethodCall& call, const Value& result, const standin::Picture
     if (type == Type::Picture)
         return save(result.picture(), files.output, alpha);
     if (type == Type::String)
-    {
-        const std::string& bytes = result.string().bytes();
-        return writeBytes(files.output, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-    }
+        return standin::writeFile(files.output, bytesOf(result.string().bytes()));
     if (type != Type::Nothing)
         std::cout << valueText(result) << "\n";
     // A method without a picture to give may have changed its own.
@@ -123,8 +121,8 @@ void checkOutput(const MethodCall& call, bool onPicture, const std::string& outp
         throw Error(declaration.name + " needs an output file");
     if (!output.empty() && !onPicture && type != Type::Picture && type != Type::String)
         throw Error(declaration.name + " has nothing to write to " + output);
-    if (!output.empty() && makesPicture && !isPictureName(output))
-        throw Error("cannot write " + output + ": a picture's name must end in .png, .jpg, .bmp or .tga");
+    if (!output.empty() && makesPicture)
+        media::checkImageName(output);
 }
 
 } // namespace
@@ -169,9 +167,7 @@ void apply(const HostChoice& choice, const ApplyRequest& request)
 
 void filter(const HostChoice& choice, const FilterRequest& request)
 {
-    if (!isPictureName(request.output))
-        throw Error("cannot write " + request.output +
-                    ": a picture's name must end in .png, .jpg, .bmp or .tga");
+    media::checkImageName(request.output);
     standin::Host host(choice.options());
     if (host.registered().findClass(request.className) == nullptr)
         throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");

@@ -1,8 +1,9 @@
 #include "cli/demo.h"
 
 #include "cli/demo_samples.h"
-#include "cli/media.h"
+#include "cli/files.h"
 #include "cli/method_call.h"
+#include "host/file.h"
 
 #include <kainjow/mustache.hpp>
 
@@ -167,10 +168,10 @@ private:
 };
 
 /// A picture as the host would draw it over a chequered ground.
-Image overChequers(const Picture& picture)
+media::Image overChequers(const Picture& picture)
 {
     constexpr int fieldsAcross = 40;
-    Image image = imageOf(picture);
+    media::Image image = imageOf(picture);
     const int field = std::max(1, picture.width() / fieldsAcross);
     const Picture mask = picture.mask();
     std::uint8_t* bytes = image.bytes.data();
@@ -435,11 +436,13 @@ private:
     }
 
     /// Saves a picture small enough to be shown; gives its name.
-    std::string save(Image image, const std::string& name)
+    std::string save(const media::Image& image, const std::string& name)
     {
         std::ostringstream file;
         file << std::setfill('0') << std::setw(2) << number << "-" << name << ".jpg";
-        saveImage(scaledTo(std::move(image), displayWidth), folder / file.str());
+        const int width = std::min(image.width, displayWidth);
+        const auto height = static_cast<int>(std::int64_t{image.height} * width / image.width);
+        media::writeImage(folder / file.str(), media::scaled(image, width, std::max(1, height)));
         return file.str();
     }
 
@@ -494,7 +497,7 @@ private:
         const std::string html = pageTemplate.render(page);
         if (!pageTemplate.is_valid())
             throw Error("the page's template is wrong: " + pageTemplate.error_message());
-        writeBytes(folder / "index.html", {reinterpret_cast<const std::uint8_t*>(html.data()), html.size()});
+        standin::writeFile(folder / "index.html", bytesOf(html));
         std::cerr << "Shown: " << summary << ".\n";
         if (failures != 0)
             throw Error(std::to_string(failures) + " of " + std::to_string(total) + " samples failed");

@@ -9,11 +9,6 @@
 namespace standin
 {
 
-namespace
-{
-
-} // namespace
-
 std::string defaultPluginPath(Artefact artefact)
 {
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();

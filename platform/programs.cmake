@@ -8,7 +8,7 @@ target_include_directories(build_info INTERFACE ${PROJECT_BINARY_DIR}/generated)
 
 # The programs are developed beside each other: a folder joins the build as soon as it describes one.
 enable_testing()
-foreach(folder host cli tests bench fuzz)
+foreach(folder host media cli tests bench fuzz)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${folder}/CMakeLists.txt)
         add_subdirectory(${PROJECT_SOURCE_DIR}/${folder} ${PROJECT_BINARY_DIR}/${folder})
     endif()

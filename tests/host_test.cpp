@@ -4,6 +4,7 @@
 #include "abi/host_abi.h"
 #include "abi/system_abi.h"
 #include "host/core/core.h"
+#include "host/file.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/guarded_block.h"
 
@@ -892,7 +893,8 @@ TEST_F(HostLoader, RefusesOtherFilesWithOneLine)
         const std::string path = file(content);
         return errorOf([&] { standin::loadMachO(path); });
     };
-    EXPECT_THAT(errorOf([] { standin::loadMachO("/nowhere/plugin"); }), HasSubstr("does not exist"));
+    EXPECT_THAT(errorOf([] { standin::loadMachO("/nowhere/plugin"); }),
+                HasSubstr("cannot read /nowhere/plugin: No such file"));
     EXPECT_THAT(machO(""), HasSubstr("no Mach-O file"));
     EXPECT_THAT(machO("#!/bin/sh\n"), HasSubstr("no Mach-O file"));
     EXPECT_THAT(machO(words({0xFEEDFACF, 0x01000007})), HasSubstr("64-bit"));

@@ -1,4 +1,5 @@
 #include "host/error.h"
+#include "host/file.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/guarded_block.h"
 

@@ -1,4 +1,5 @@
 #include "host/error.h"
+#include "host/file.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/guarded_block.h"
 
@@ -8,8 +9,6 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 
 namespace standin
@@ -621,20 +620,6 @@ private:
 };
 
 } // namespace
-
-std::vector<unsigned char> readFile(const std::string& path)
-{
-    if (!std::filesystem::exists(path))
-        throw Error(path + ": does not exist");
-    std::ifstream file(path, std::ios::binary);
-    std::error_code failure;
-    const std::uintmax_t size = std::filesystem::file_size(path, failure);
-    // In one go: tests load the plug-in thousands of times.
-    std::vector<char> bytes(failure ? 0 : static_cast<std::size_t>(size));
-    if (failure || !file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
-        throw Error(path + ": cannot be read");
-    return {bytes.begin(), bytes.end()};
-}
 
 std::unique_ptr<Plugin> loadMachO(const std::string& path)
 {

@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace standin
 {
@@ -37,8 +36,5 @@ std::unique_ptr<Plugin> loadMachO(const std::string& path);
 /// Loads an i386 ELF shared object: a copy of its own, whatever else the process has loaded. Throws Error
 /// likewise.
 std::unique_ptr<Plugin> loadElf(const std::string& path);
-
-/// Reads a whole file. Throws Error when that fails.
-std::vector<unsigned char> readFile(const std::string& path);
 
 } // namespace standin

@@ -1,0 +1,101 @@
+#include "cli/files.h"
+
+#include "host/file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+namespace cli
+{
+
+using standin::Error;
+
+namespace
+{
+
+/// A little-endian number at the start of `bytes`, which must hold it.
+template <class Number>
+Number numberAt(std::string_view bytes)
+{
+    Number number{};
+    std::memcpy(&number, bytes.data(), sizeof number);
+    return number;
+}
+
+/// Finds the sample data among the chunks of a RIFF file.
+std::string_view samplesOf(std::string_view file, const std::string& path)
+{
+    constexpr std::size_t riffHeaderSize = 12;
+    constexpr std::size_t chunkHeaderSize = 8;
+    constexpr std::uint16_t pcm = 1;
+    if (file.size() < riffHeaderSize || !file.starts_with("RIFF") || file.substr(8, 4) != "WAVE")
+        throw Error(path + ": not a WAV file");
+    bool isPcm = false;
+    for (std::string_view rest = file.substr(riffHeaderSize); rest.size() >= chunkHeaderSize;)
+    {
+        const std::string_view name = rest.substr(0, 4);
+        const auto size = numberAt<std::uint32_t>(rest.substr(4));
+        const std::string_view content = rest.substr(chunkHeaderSize, size);
+        if (name == "fmt " && content.size() >= sizeof pcm)
+            isPcm = numberAt<std::uint16_t>(content) == pcm;
+        if (name == "data")
+        {
+            if (!isPcm)
+                throw Error(path + ": only uncompressed (PCM) sound can be read");
+            return content;
+        }
+        // Chunks start at even offsets.
+        const std::size_t step = chunkHeaderSize + content.size() + content.size() % 2;
+        rest.remove_prefix(std::min(step, rest.size()));
+    }
+    throw Error(path + ": the WAV file holds no samples");
+}
+
+} // namespace
+
+standin::Picture loadPicture(standin::Host& host, const std::string& path,
+                             std::optional<standin::Storage> storage)
+{
+    constexpr int rgba = 4;
+    const media::Image image = media::readImage(path, rgba);
+    standin::Picture picture = host.newPicture(image.width, image.height, storage);
+    picture.setRgba(image.bytes);
+    return picture;
+}
+
+media::Image imageOf(const standin::Picture& picture, bool alpha)
+{
+    return {picture.width(), picture.height(), alpha ? 4 : 3, alpha ? picture.rgba() : picture.rgb()};
+}
+
+standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path)
+{
+    std::vector<std::uint8_t> file = standin::readFile(path);
+    if (!standin::sameName(std::filesystem::path(path).extension().string(), ".wav"))
+        return host.newMemoryBlock(file);
+    const std::string_view samples =
+        samplesOf({reinterpret_cast<const char*>(file.data()), file.size()}, path);
+    return host.newMemoryBlock(bytesOf(samples));
+}
+
+standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,
+                        std::optional<standin::Storage> storage)
+{
+    switch (type)
+    {
+    case standin::Type::Picture:
+        return loadPicture(host, path, storage);
+    case standin::Type::MemoryBlock:
+        return loadBlock(host, path);
+    default:
+    {
+        const std::vector<std::uint8_t> file = standin::readFile(path);
+        return host.newString({file.begin(), file.end()}, standin::encodingNone);
+    }
+    }
+}
+
+} // namespace cli

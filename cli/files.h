@@ -1,0 +1,38 @@
+/// \file
+/// Files on the one side, the host's pictures and memory blocks on the other. All functions throw
+/// standin::Error with the file's name when a file cannot be read or understood.
+#pragma once
+
+#include "host/host.h"
+#include "media/image.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace cli
+{
+
+/// Loads an image; its alpha goes into the pixels' alpha byte, 255 where it has none.
+standin::Picture loadPicture(standin::Host& host, const std::string& path,
+                             std::optional<standin::Storage> storage = std::nullopt);
+
+/// The colours of a picture, and its alpha byte if wanted.
+media::Image imageOf(const standin::Picture& picture, bool alpha = false);
+
+/// The samples of a PCM sound (".wav"), as they are stored; any other file as it is.
+standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path);
+
+/// The bytes of a text.
+inline std::span<const std::uint8_t> bytesOf(std::string_view text)
+{
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+/// A file as the type that a declaration asks for.
+standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,
+                        std::optional<standin::Storage> storage = std::nullopt);
+
+} // namespace cli
