@@ -70,6 +70,55 @@ TEST(Structure, EveryLayerIncludesOnlyWhatLiesBelow)
                 << include.file << " includes " << include.name;
 }
 
+/// The namespaces that a file opens, outermost first, each with its enclosing ones; `(anonymous)` has no
+/// name.
+std::set<std::string> namespacesIn(const fs::path& path)
+{
+    static const std::regex opening{R"(^namespace(?: ([\w:]+))?$)"};
+    static const std::regex closing{R"(^\} // namespace(?: .*)?$)"};
+    std::set<std::string> names;
+    std::vector<std::string> enclosing{""};
+    std::ifstream file{path};
+    std::smatch match;
+    for (std::string line; std::getline(file, line);)
+        if (std::regex_match(line, match, opening))
+        {
+            const std::string name = match[1].matched ? match[1].str() : "(anonymous)";
+            enclosing.push_back(enclosing.back().empty() ? name : enclosing.back() + "::" + name);
+            names.insert(enclosing.back());
+        }
+        else if (std::regex_match(line, closing))
+            enclosing.pop_back();
+    return names;
+}
+
+// One translation unit: two files' local names would meet in an anonymous namespace that they share.
+TEST(Structure, NoTwoFamiliesShareAnAnonymousNamespace)
+{
+    // Files that belong to another one's family.
+    const std::map<std::string, std::string> families{
+        {"frame/plugin_main", "frame/registration"},
+        {"frame/record_adaptation", "frame/registration"},
+        {"globals/sample_sums", "globals/waveform"},
+        {"globals/wu_line", "globals/waveform"},
+        {"operations/coloured_areas", "operations/colour_search"},
+    };
+    const fs::path source = fs::path{build::sourceDirectory} / "src";
+    std::map<std::string, std::string> owners;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(source))
+        if (entry.path().extension() == ".cpp")
+        {
+            const std::string file = fs::relative(entry.path(), source).replace_extension();
+            const auto family = families.find(file);
+            const std::string owner = family == families.end() ? file : family->second;
+            for (const std::string& name : namespacesIn(entry.path()))
+                if (name.ends_with("(anonymous)"))
+                    EXPECT_EQ(owners.emplace(name, owner).first->second, owner) << name;
+        }
+    EXPECT_FALSE(owners.empty());
+    EXPECT_FALSE(owners.contains("qvr::(anonymous)"));
+}
+
 TEST(Structure, EveryFolderOfThePlugInIsAKnownLayer)
 {
     for (const fs::directory_entry& entry : fs::directory_iterator(fs::path{build::sourceDirectory} / "src"))

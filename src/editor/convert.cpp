@@ -1,7 +1,7 @@
 #include "editor/runs.h"
 #include "system/c_library.h"
 
-namespace qvr
+namespace qvr::conversion
 {
 
 namespace
@@ -210,6 +210,11 @@ void convert(const Conversion& conversion, const uint8_t* source, uint8_t* desti
 
 } // namespace
 
+} // namespace qvr::conversion
+
+namespace qvr
+{
+
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
                    uint8_t* destination, int32_t count, bool streamed)
 {
@@ -218,14 +223,16 @@ void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinat
     if (fromRGB24 && toRGB24)
         libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
     else if (fromRGB24)
-        convert(destinationFormat == PixelFormatARGB32 ? expansion<ARGB32> : expansion<BGRX32>, source,
-                destination, count, streamed);
+        conversion::convert(destinationFormat == PixelFormatARGB32 ? conversion::expansion<ARGB32>
+                                                                   : conversion::expansion<BGRX32>,
+                            source, destination, count, streamed);
     else if (toRGB24)
-        convert(sourceFormat == PixelFormatARGB32 ? compaction<ARGB32> : compaction<BGRX32>, source,
-                destination, count, streamed);
+        conversion::convert(sourceFormat == PixelFormatARGB32 ? conversion::compaction<ARGB32>
+                                                              : conversion::compaction<BGRX32>,
+                            source, destination, count, streamed);
     else
-        reverseWords(source, destination, count,
-                     destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);
+        conversion::reverseWords(source, destination, count,
+                                 destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);
 }
 
 } // namespace qvr

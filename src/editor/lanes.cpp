@@ -5,7 +5,7 @@
 // External and volatile in effect: it is only ever changed from outside, by its name in the symbol table.
 __attribute__((used)) int32_t qvrLaneLimit = 8;
 
-namespace qvr
+namespace qvr::lanes
 {
 
 namespace
@@ -32,6 +32,11 @@ bool processorHasAvx2()
 
 } // namespace
 
+} // namespace qvr::lanes
+
+namespace qvr
+{
+
 bool wideLanesAvailable()
 {
     enum class Answer : uint8_t
@@ -42,7 +47,7 @@ bool wideLanesAvailable()
     };
     static Answer answer = Answer::Unknown;
     if (answer == Answer::Unknown)
-        answer = processorHasAvx2() ? Answer::Yes : Answer::No;
+        answer = lanes::processorHasAvx2() ? Answer::Yes : Answer::No;
     const volatile int32_t& limit = qvrLaneLimit;
     return answer == Answer::Yes && limit >= WideLanes::count;
 }

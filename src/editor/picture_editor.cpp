@@ -9,6 +9,11 @@ namespace qvr
 bool IsDesktop = false;
 bool IsConsole = false;
 
+} // namespace qvr
+
+namespace qvr::pictureEditor
+{
+
 namespace
 {
 
@@ -78,6 +83,11 @@ void CopyBitmapRows(const REALpictureDescription& from, const REALpictureDescrip
 }
 
 } // namespace
+
+} // namespace qvr::pictureEditor
+
+namespace qvr
+{
 
 PictureEditor::~PictureEditor()
 {
@@ -153,7 +163,7 @@ bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write
     readAccess = read;
     scratch = 0;
 
-    DetectHostKind();
+    pictureEditor::DetectHostKind();
     if (!IsConsole)
     {
         description = {};
@@ -233,10 +243,10 @@ bool PictureEditor::LockGWorld(REALpictureStruct* source, bool copyAllowed)
 
 bool PictureEditor::LockMemoryBitmap(REALpictureStruct* source)
 {
-    if (IsDesktop || !LockBitmapDescription(source, &description))
+    if (IsDesktop || !pictureEditor::LockBitmapDescription(source, &description))
         return false;
     IsConsole = true;
-    if (!IsUsableBitmap(description))
+    if (!pictureEditor::IsUsableBitmap(description))
     {
         host.unlockPictureDescription(source);
         return false;
@@ -247,7 +257,7 @@ bool PictureEditor::LockMemoryBitmap(REALpictureStruct* source)
     width = description.width;
     height = description.height;
     rowBytes = static_cast<int32_t>(static_cast<uint32_t>(width) * 4);
-    rowTable = BitmapRowTable(description);
+    rowTable = pictureEditor::BitmapRowTable(description);
     baseAddress = rowPointer = height > 0 ? rowTable[0] : nullptr;
     return true;
 }
@@ -321,18 +331,18 @@ void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destin
     }
 
     // Older hosts are asked for their own drawing function, whose answer nobody uses; kept as it is.
-    if (hostVersion < firstNewerHostVersion)
+    if (hostVersion < pictureEditor::firstNewerHostVersion)
         host.RuntimeGraphicsDrawPicture.available();
 
     if (source == nullptr || destination == nullptr || sw != w || sh != h)
         return;
     REALpictureDescription from{};
-    if (!LockBitmapDescription(source, &from))
+    if (!pictureEditor::LockBitmapDescription(source, &from))
         return;
     REALpictureDescription to{};
-    if (LockBitmapDescription(destination, &to))
+    if (pictureEditor::LockBitmapDescription(destination, &to))
     {
-        CopyBitmapRows(from, to);
+        pictureEditor::CopyBitmapRows(from, to);
         host.unlockPictureDescription(destination);
     }
     host.unlockPictureDescription(source);

@@ -1,6 +1,6 @@
 #include "editor/pixels.h"
 
-namespace qvr
+namespace qvr::pixels
 {
 
 namespace
@@ -19,18 +19,23 @@ int32_t channelStep(const PictureEditor& picture)
 
 } // namespace
 
+} // namespace qvr::pixels
+
+namespace qvr
+{
+
 uint32_t colourAt(const PictureEditor& picture, int32_t x, int32_t y)
 {
-    const uint8_t* const red = pixelAddress(picture, x, y) + redByteOf(picture.pixelFormat);
-    const int32_t step = channelStep(picture);
+    const uint8_t* const red = pixels::pixelAddress(picture, x, y) + redByteOf(picture.pixelFormat);
+    const int32_t step = pixels::channelStep(picture);
     return static_cast<uint32_t>(red[0]) << 16 | static_cast<uint32_t>(red[step]) << 8 | red[2 * step];
 }
 
 void setColourAt(const PictureEditor& picture, int32_t x, int32_t y, uint32_t colour)
 {
-    uint8_t* const pixel = pixelAddress(picture, x, y);
+    uint8_t* const pixel = pixels::pixelAddress(picture, x, y);
     uint8_t* const red = pixel + redByteOf(picture.pixelFormat);
-    const int32_t step = channelStep(picture);
+    const int32_t step = pixels::channelStep(picture);
     red[0] = static_cast<uint8_t>(redOf(colour));
     red[step] = static_cast<uint8_t>(greenOf(colour));
     red[2 * step] = static_cast<uint8_t>(blueOf(colour));

@@ -1,6 +1,6 @@
 #include "editor/runs.h"
 
-namespace qvr
+namespace qvr::runs
 {
 
 namespace
@@ -100,6 +100,11 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
 
 } // namespace
 
+} // namespace qvr::runs
+
+namespace qvr
+{
+
 bool isStreamedSize(int64_t bytes)
 {
     constexpr int64_t smallestStreamed = 4 << 20;
@@ -145,12 +150,14 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
         block.columns = columnsWithin(*destination, block);
     if (block.empty())
         return true;
-    if (haveFormat(PixelFormatARGB32, sources, sourceCount, destination))
-        return visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount, destination);
-    if (haveFormat(PixelFormatBGRX32, sources, sourceCount, destination))
-        return visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount, destination);
-    return visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
-                                destination);
+    if (runs::haveFormat(PixelFormatARGB32, sources, sourceCount, destination))
+        return runs::visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
+                               destination);
+    if (runs::haveFormat(PixelFormatBGRX32, sources, sourceCount, destination))
+        return runs::visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount,
+                               destination);
+    return runs::visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
+                                      destination);
 }
 
 } // namespace qvr

@@ -1,7 +1,7 @@
 #include "frame/registration.h"
 #include "runtime/host_functions.h"
 
-namespace qvr
+namespace qvr::frame
 {
 
 namespace
@@ -17,19 +17,22 @@ int32_t layoutFor(double version)
     return version >= 2012.0 ? 10 : 9;
 }
 
-} // namespace
-
-} // namespace qvr
-
-/// The entry point: the host calls it once, when it loads the plug-in.
-extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolver resolver)
+void registerPlugin()
 {
-    using namespace qvr;
-
-    gResolver = resolver;
     if (host.REALGetRBVersion.available())
         hostVersion = host.REALGetRBVersion();
     CurrentREALControlVersion = layoutFor(hostVersion);
     host.RegisterPluginVersion(CurrentREALControlVersion);
     registerCatalogue();
+}
+
+} // namespace
+
+} // namespace qvr::frame
+
+/// The entry point: the host calls it once, when it loads the plug-in.
+extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolver resolver)
+{
+    qvr::gResolver = resolver;
+    qvr::frame::registerPlugin();
 }

@@ -4,7 +4,7 @@
 #include "runtime/host_functions.h"
 #include "system/c_library.h"
 
-namespace qvr
+namespace qvr::frame
 {
 
 namespace
@@ -14,7 +14,6 @@ constexpr double versionWithNewFlags = 2010.029;
 
 constexpr uint32_t otherConsoleFlag = 0x80000;
 constexpr uint32_t olderFlags = 0x1C0000;
-constexpr uint32_t newConsoleFlag = 4;
 constexpr uint32_t newOtherConsoleFlag = 8;
 
 // Words of a row in the older layout; the words beyond are dropped.
@@ -99,4 +98,4 @@ REALclassDefinition* FixClass(const REALclassDefinition* definition)
     return older;
 }
 
-} // namespace qvr
+} // namespace qvr::frame

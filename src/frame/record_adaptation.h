@@ -4,11 +4,13 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::frame
 {
 
 /// The console flag that the tables are written with; hosts from 2010.029 on want another bit for it.
 constexpr uint32_t consoleFlag = 0x40000;
+/// That other bit; hosts of every version leave it alone.
+constexpr uint32_t newConsoleFlag = 4;
 
 /// The flags word as the host's version wants it.
 uint32_t fixedFlags(uint32_t flags);
@@ -26,4 +28,4 @@ REALclassDefinition* FixClass(const REALclassDefinition* definition);
 /// memory.
 void* FixProperties(const REALproperty* rows, int32_t count);
 
-} // namespace qvr
+} // namespace qvr::frame

@@ -20,7 +20,7 @@
 #include "runtime/host_functions.h"
 #include "system/c_library.h"
 
-namespace qvr
+namespace qvr::frame
 {
 
 int32_t CurrentREALControlVersion = 12;
@@ -117,63 +117,85 @@ REALmethodDefinition lut3dMethods[] = {
 };
 
 REALmethodDefinition pictureMethods[] = {
-    method(desktopOnly, ColornessQVR, "ColornessQVR(threshold as integer = 10) as double"),
-    method(desktopOnly, ScrollVerticalQVR, "ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(desktopOnly, ScrollHorizontalQVR, "ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(desktopOnly, ScrollQVR, "ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(consoleFlag, PictureHasMask, "HasMaskQVR as boolean"),
-    method(consoleFlag, ContrastAbsBrightnessPicture3, "ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, ContrastLinBrightnessPicture3, "ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, ContrastAbsBrightnessPicture1, "ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture"),
-    method(consoleFlag, ContrastLinBrightnessPicture1, "ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture"),
-    method(consoleFlag, AbsBrightnessPicture3, "ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, LinBrightnessPicture3, "ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, AbsBrightnessPicture1, "ChangeBrightnessAbsoluteQVR(Brightness as double) as picture"),
-    method(consoleFlag, LinBrightnessPicture1, "ChangeBrightnessLinearQVR(Brightness as double) as picture"),
-    method(consoleFlag, ContrastPicture1, "ChangeContrastQVR(Contrast as double) as picture"),
-    method(consoleFlag, ContrastPicture3, "ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture"),
-    method(consoleFlag, TransformPicture, "ChangeCustomQVR(a as double, b as double) as picture"),
-    method(consoleFlag, InvertPicture, "InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, InvertPicture2, "InvertQVR as picture"),
-    method(consoleFlag, InvertGrayPicture, "InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, InvertGrayPicture2, "InvertGrayQVR as picture"),
-    method(consoleFlag, ExtractColorRectangleMaskQVR, "ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, ExtractColorRectangleMaskQVR2, "ExtractColorRectangleMaskQVR as picture"),
-    assignableMethod(consoleFlag, GetEmbededMask, SetEmbededMask, "EmbeddedMaskQVR(swap as boolean) as picture"),
-    method(consoleFlag, CountColorQVR, "CountColorQVR(col as color) as integer"),
-    method(desktopOnly, CountColorsQVR, "CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)"),
-    method(desktopOnly, TransformColorsQVR, "TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture"),
-    method(desktopOnly, ReplaceColorQVR, "ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture"),
-    method(desktopOnly, ExtractColorQVR, "ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture"),
-    method(consoleFlag, SaturationPicture, "ChangeSaturationQVR(Amount as integer) as picture"),
-    method(consoleFlag, ReplaceRedChannel, "ReplaceRedChannelQVR(RedChannel as picture) as picture"),
-    method(consoleFlag, ReplaceGreenChannel, "ReplaceGreenChannelQVR(GreenChannel as picture) as picture"),
-    method(consoleFlag, ReplaceBlueChannel, "ReplaceBlueChannelQVR(BlueChannel as picture) as picture"),
-    method(consoleFlag, FindPicture, "FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean"),
-    method(consoleFlag, isWhite2, "isWhiteQVR as boolean"),
-    method(consoleFlag, isWhite, "isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
-    method(consoleFlag, isBlack2, "isBlackQVR as boolean"),
-    method(consoleFlag, isBlack, "isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
-    method(consoleFlag, isGray2, "isGrayQVR(tolerance as integer = 0) as boolean"),
-    method(consoleFlag, isGray, "isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean"),
+    method(desktopOnly, regionTests::ColornessQVR, "ColornessQVR(threshold as integer = 10) as double"),
+    method(desktopOnly, scrolling::ScrollVerticalQVR, "ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(desktopOnly, scrolling::ScrollHorizontalQVR, "ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(desktopOnly, scrolling::ScrollQVR, "ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    method(consoleFlag, masks::PictureHasMask, "HasMaskQVR as boolean"),
+    method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture3, "ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture3, "ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture1, "ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture"),
+    method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture1, "ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture"),
+    method(consoleFlag, brightnessContrast::AbsBrightnessPicture3, "ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, brightnessContrast::LinBrightnessPicture3, "ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    method(consoleFlag, brightnessContrast::AbsBrightnessPicture1, "ChangeBrightnessAbsoluteQVR(Brightness as double) as picture"),
+    method(consoleFlag, brightnessContrast::LinBrightnessPicture1, "ChangeBrightnessLinearQVR(Brightness as double) as picture"),
+    method(consoleFlag, brightnessContrast::ContrastPicture1, "ChangeContrastQVR(Contrast as double) as picture"),
+    method(consoleFlag, brightnessContrast::ContrastPicture3, "ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture"),
+    method(consoleFlag, brightnessContrast::TransformPicture, "ChangeCustomQVR(a as double, b as double) as picture"),
+    method(consoleFlag, inversion::InvertPicture, "InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    method(consoleFlag, inversion::InvertPicture2, "InvertQVR as picture"),
+    method(consoleFlag, inversion::InvertGrayPicture, "InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    method(consoleFlag, inversion::InvertGrayPicture2, "InvertGrayQVR as picture"),
+    method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR, "ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR2, "ExtractColorRectangleMaskQVR as picture"),
+    assignableMethod(consoleFlag, masks::GetEmbededMask, masks::SetEmbededMask, "EmbeddedMaskQVR(swap as boolean) as picture"),
+    method(consoleFlag, colourSearch::CountColorQVR, "CountColorQVR(col as color) as integer"),
+    method(desktopOnly, colourStatistics::CountColorsQVR, "CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)"),
+    method(desktopOnly, colourStatistics::TransformColorsQVR, "TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture"),
+    method(desktopOnly, colourSearch::ReplaceColorQVR, "ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture"),
+    method(desktopOnly, colourSearch::ExtractColorQVR, "ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture"),
+    method(consoleFlag, saturation::SaturationPicture, "ChangeSaturationQVR(Amount as integer) as picture"),
+    method(consoleFlag, channelReplacement::ReplaceRedChannel, "ReplaceRedChannelQVR(RedChannel as picture) as picture"),
+    method(consoleFlag, channelReplacement::ReplaceGreenChannel, "ReplaceGreenChannelQVR(GreenChannel as picture) as picture"),
+    method(consoleFlag, channelReplacement::ReplaceBlueChannel, "ReplaceBlueChannelQVR(BlueChannel as picture) as picture"),
+    method(consoleFlag, findPicture::FindPicture, "FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean"),
+    method(consoleFlag, regionTests::isWhite2, "isWhiteQVR as boolean"),
+    method(consoleFlag, regionTests::isWhite, "isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    method(consoleFlag, regionTests::isBlack2, "isBlackQVR as boolean"),
+    method(consoleFlag, regionTests::isBlack, "isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    method(consoleFlag, regionTests::isGray2, "isGrayQVR(tolerance as integer = 0) as boolean"),
+    method(consoleFlag, regionTests::isGray, "isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean"),
 };
 
 REALmethodDefinition globalMethods[] = {
-    method(consoleFlag, BinaryStringtoPicture, "BinaryStringtoPictureQVR(data as String) as Picture"),
-    method(consoleFlag, PicturetoBinaryString, "PicturetoBinaryStringQVR(p as picture) as string"),
-    method(consoleFlag, CombinePicturesQVR, "CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture"),
-    method(consoleFlag, MergePicture, "MergePictureQVR(source1 as picture, source2 as picture) as picture"),
-    method(consoleFlag, TintPicture, "TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture"),
-    method(consoleFlag, RenderSamples, "RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture"),
+    method(consoleFlag, binaryString::BinaryStringtoPicture, "BinaryStringtoPictureQVR(data as String) as Picture"),
+    method(consoleFlag, binaryString::PicturetoBinaryString, "PicturetoBinaryStringQVR(p as picture) as string"),
+    method(consoleFlag, combining::CombinePicturesQVR, "CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture"),
+    method(consoleFlag, combining::MergePicture, "MergePictureQVR(source1 as picture, source2 as picture) as picture"),
+    method(consoleFlag, tinting::TintPicture, "TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture"),
+    method(consoleFlag, waveform::RenderSamples, "RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture"),
 };
 
 // clang-format on
+
+/// A constructor or destructor.
+using Lifecycle = void(REALobjectStruct* self);
+
+/// The definition of a filter class; the host wants instance data in multiples of 16 bytes.
+template <class Data, int32_t Properties, int32_t Methods>
+constexpr REALclassDefinition filterClass(uint32_t flags, const char* name, Lifecycle* constructor,
+                                          Lifecycle* destructor, REALproperty (&properties)[Properties],
+                                          REALmethodDefinition (&methods)[Methods])
+{
+    return {
+        .name = name,
+        .dataSize = (sizeof(Data) + 15) / 16 * 16,
+        .constructor = address(constructor),
+        .destructor = address(destructor),
+        .properties = properties,
+        .propertyCount = Properties,
+        .methods = methods,
+        .methodCount = Methods,
+        .flags = flags,
+    };
+}
 
 REALclassDefinition pictureExtension = {
     .name = "Picture",
     .methods = pictureMethods,
     .methodCount = rowCount(pictureMethods),
-    .flags = 4,
+    .flags = newConsoleFlag,
 };
 
 using RegisterClass = HostFunction<void(REALclassDefinition*)>;
@@ -195,36 +217,25 @@ void registerClass(REALclassDefinition* definition, RegisterClass& registerDefin
     registerDefinition(definition);
 }
 
-/// The host wants instance data in multiples of 16 bytes.
-void roundDataSize(REALclassDefinition* definition)
-{
-    definition->dataSize = (definition->dataSize + 15) / 16 * 16;
-}
-
 } // namespace
 
-REALclassDefinition sepia::PictureSepiaClass = {
-    .name = "PictureSepiaQVR",
-    .dataSize = sizeof(sepia::PictureSepiaData),
-    .constructor = address(sepia::PictureSepiaClassConstructor),
-    .destructor = address(sepia::PictureSepiaClassDestructor),
-    .properties = sepiaProperties,
-    .propertyCount = rowCount(sepiaProperties),
-    .methods = sepiaMethods,
-    .methodCount = rowCount(sepiaMethods),
-};
+} // namespace qvr::frame
 
-REALclassDefinition lut3d::PictureLut3DClass = {
-    .name = "PictureLut3DQVR",
-    .dataSize = sizeof(lut3d::Lut3DClassData),
-    .constructor = address(lut3d::Lut3DClassConstructor),
-    .destructor = address(lut3d::Lut3DClassDestructor),
-    .properties = lut3dProperties,
-    .propertyCount = rowCount(lut3dProperties),
-    .methods = lut3dMethods,
-    .methodCount = rowCount(lut3dMethods),
-    .flags = 4,
-};
+namespace qvr
+{
+
+REALclassDefinition sepia::PictureSepiaClass = frame::filterClass<sepia::PictureSepiaData>(
+    frame::desktopOnly, "PictureSepiaQVR", sepia::PictureSepiaClassConstructor,
+    sepia::PictureSepiaClassDestructor, frame::sepiaProperties, frame::sepiaMethods);
+
+REALclassDefinition lut3d::PictureLut3DClass = frame::filterClass<lut3d::Lut3DClassData>(
+    frame::newConsoleFlag, "PictureLut3DQVR", lut3d::Lut3DClassConstructor, lut3d::Lut3DClassDestructor,
+    frame::lut3dProperties, frame::lut3dMethods);
+
+} // namespace qvr
+
+namespace qvr::frame
+{
 
 void registerCatalogue()
 {
@@ -236,13 +247,10 @@ void registerCatalogue()
 
     REALclassDefinition* const filters[] = {&sepia::PictureSepiaClass, &lut3d::PictureLut3DClass};
     for (REALclassDefinition* filter : filters)
-    {
-        roundDataSize(filter);
         registerClass(filter, host.PluginRegisterClass);
-    }
     registerClass(&pictureExtension, host.PluginRegisterClassExtension);
     for (REALmethodDefinition& row : globalMethods)
         host.PluginRegisterMethod(&row);
 }
 
-} // namespace qvr
+} // namespace qvr::frame

@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::frame
 {
 
 /// The record layout version that was announced to the host, 9 to 12.
@@ -14,4 +14,4 @@ extern int32_t CurrentREALControlVersion;
 /// methods. A registration function that the host lacks is skipped. Called once.
 void registerCatalogue();
 
-} // namespace qvr
+} // namespace qvr::frame

@@ -4,7 +4,7 @@
 #include "runtime/string_bytes.h"
 #include "system/heap_array.h"
 
-namespace qvr
+namespace qvr::binaryString
 {
 
 namespace
@@ -122,4 +122,4 @@ REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
     return writer.RenderPictureWriter();
 }
 
-} // namespace qvr
+} // namespace qvr::binaryString

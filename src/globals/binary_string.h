@@ -8,7 +8,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::binaryString
 {
 
 /// The picture as a new string without a text encoding; one reference is the caller's. Null when the picture
@@ -23,4 +23,4 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture);
 /// inside the string, or when the host cannot make the picture.
 REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data);
 
-} // namespace qvr
+} // namespace qvr::binaryString

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::combining
 {
 
 namespace
@@ -48,4 +48,4 @@ REALpictureStruct* MergePicture(REALpictureStruct* source1, REALpictureStruct* s
     return writer.RenderPictureWriter();
 }
 
-} // namespace qvr
+} // namespace qvr::combining

@@ -6,7 +6,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::combining
 {
 
 /// Red from the first picture, blue from the second, green from the third: this order is deliberate.
@@ -16,4 +16,4 @@ REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct*
 /// Channel by channel the larger of two values.
 REALpictureStruct* MergePicture(REALpictureStruct* source1, REALpictureStruct* source2);
 
-} // namespace qvr
+} // namespace qvr::combining

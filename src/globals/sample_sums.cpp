@@ -5,7 +5,7 @@
 
 #include <limits.h>
 
-namespace qvr
+namespace qvr::waveform
 {
 
 namespace
@@ -135,4 +135,4 @@ SampleSums sumSamples(SampleFormat format, const uint8_t* samples, int32_t first
     return {};
 }
 
-} // namespace qvr
+} // namespace qvr::waveform

@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-namespace qvr
+namespace qvr::waveform
 {
 
 /// The sums of some samples, as 32-bit integers that wrap.
@@ -26,4 +26,4 @@ enum class SampleFormat : uint8_t
 /// Sums the samples from `first` to before `end`.
 SampleSums sumSamples(SampleFormat format, const uint8_t* samples, int32_t first, int32_t end);
 
-} // namespace qvr
+} // namespace qvr::waveform

@@ -3,7 +3,7 @@
 #include "editor/real_lanes.h"
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::tinting
 {
 
 namespace
@@ -40,4 +40,4 @@ REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uin
     });
 }
 
-} // namespace qvr
+} // namespace qvr::tinting

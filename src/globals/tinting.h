@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::tinting
 {
 
 /// Reduces each pixel to a grey level with the weights of one colour and colours it with another.
@@ -15,4 +15,4 @@ namespace qvr
 /// cannot be opened, when a side is not 1 to 32767, or when the host cannot make the result.
 REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uint32_t sepiaBase);
 
-} // namespace qvr
+} // namespace qvr::tinting

@@ -5,7 +5,7 @@
 #include "globals/wu_line.h"
 #include "system/heap_array.h"
 
-namespace qvr
+namespace qvr::waveform
 {
 
 namespace
@@ -262,4 +262,4 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     return picture;
 }
 
-} // namespace qvr
+} // namespace qvr::waveform

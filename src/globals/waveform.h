@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::waveform
 {
 
 /// Renders `sampleCount` packed samples (less than 1: all of the block) into `width` columns (less than 1:
@@ -27,4 +27,4 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
                                  uint32_t foreColour, uint32_t outlineColour, int32_t bits,
                                  signed char autoScale);
 
-} // namespace qvr
+} // namespace qvr::waveform

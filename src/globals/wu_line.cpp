@@ -2,7 +2,7 @@
 
 #include "editor/pixels.h"
 
-namespace qvr
+namespace qvr::waveform
 {
 
 int32_t gOutLineColorR = 0;
@@ -94,4 +94,4 @@ void DrawWuLine(PictureWriter& writer, int32_t x0, int32_t y0, int32_t x1, int32
     DrawPixel(writer, x1, y1, 0);
 }
 
-} // namespace qvr
+} // namespace qvr::waveform

@@ -4,7 +4,7 @@
 
 #include "editor/picture_editor.h"
 
-namespace qvr
+namespace qvr::waveform
 {
 
 /// The colour of lines, each channel 0 to 255; one for the whole process.
@@ -20,4 +20,4 @@ void DrawWuLine(PictureWriter& writer, int32_t x0, int32_t y0, int32_t x1, int32
 /// picture nothing happens.
 void DrawPixel(PictureWriter& writer, int32_t x, int32_t y, int32_t weight);
 
-} // namespace qvr
+} // namespace qvr::waveform

@@ -3,7 +3,7 @@
 #include "editor/real_lanes.h"
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::brightnessContrast
 {
 
 namespace
@@ -204,4 +204,4 @@ REALpictureStruct* TransformPicture(REALpictureStruct* picture, double a, double
     return mapClamped<Line>(picture, {line, line, line});
 }
 
-} // namespace qvr
+} // namespace qvr::brightnessContrast

@@ -12,7 +12,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::brightnessContrast
 {
 
 /// Contrast, then linear brightness.
@@ -50,4 +50,4 @@ REALpictureStruct* ContrastPicture1(REALpictureStruct* picture, double contrast)
 /// Any straight line: `c * a + b`.
 REALpictureStruct* TransformPicture(REALpictureStruct* picture, double a, double b);
 
-} // namespace qvr
+} // namespace qvr::brightnessContrast

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::channelReplacement
 {
 
 namespace
@@ -48,4 +48,4 @@ REALpictureStruct* ReplaceBlueChannel(REALpictureStruct* self, REALpictureStruct
     return replaceChannel(self, channel, Channel::Blue);
 }
 
-} // namespace qvr
+} // namespace qvr::channelReplacement

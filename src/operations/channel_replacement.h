@@ -9,11 +9,11 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::channelReplacement
 {
 
 REALpictureStruct* ReplaceRedChannel(REALpictureStruct* self, REALpictureStruct* channel);
 REALpictureStruct* ReplaceGreenChannel(REALpictureStruct* self, REALpictureStruct* channel);
 REALpictureStruct* ReplaceBlueChannel(REALpictureStruct* self, REALpictureStruct* channel);
 
-} // namespace qvr
+} // namespace qvr::channelReplacement

@@ -3,7 +3,7 @@
 #include "editor/walks.h"
 #include "operations/coloured_areas.h"
 
-namespace qvr
+namespace qvr::colourSearch
 {
 
 int32_t CountColorQVR(REALpictureStruct* picture, uint32_t colour)
@@ -99,4 +99,4 @@ REALpictureStruct* ExtractColorRectangleMaskQVR2(REALpictureStruct* picture)
     return ExtractColorRectangleMaskQVR(picture, 0, 0, -1, -1);
 }
 
-} // namespace qvr
+} // namespace qvr::colourSearch

@@ -8,7 +8,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::colourSearch
 {
 
 /// The number of pixels of that colour; 0 when the picture cannot be opened.
@@ -34,4 +34,4 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
 /// The same for the whole picture.
 REALpictureStruct* ExtractColorRectangleMaskQVR2(REALpictureStruct* picture);
 
-} // namespace qvr
+} // namespace qvr::colourSearch

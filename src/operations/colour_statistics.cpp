@@ -3,7 +3,7 @@
 #include "editor/walks.h"
 #include "system/c_library.h"
 
-namespace qvr
+namespace qvr::colourStatistics
 {
 
 namespace
@@ -194,4 +194,4 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
     return writer.RenderPictureWriter();
 }
 
-} // namespace qvr
+} // namespace qvr::colourStatistics

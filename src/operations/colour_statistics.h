@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::colourStatistics
 {
 
 /// Adds the picture's levels to three histograms of 256 32-bit counters (1024 bytes, native byte order).
@@ -29,4 +29,4 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
                                       REALmemoryBlockStruct* blue, REALmemoryBlockStruct* green,
                                       REALpictureStruct* destination);
 
-} // namespace qvr
+} // namespace qvr::colourStatistics

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::colourSearch
 {
 
 namespace
@@ -160,4 +160,4 @@ bool ColouredAreas::takeNext(Area& area)
     return true;
 }
 
-} // namespace qvr
+} // namespace qvr::colourSearch

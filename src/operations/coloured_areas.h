@@ -5,7 +5,7 @@
 #include "editor/runs.h"
 #include "system/heap_array.h"
 
-namespace qvr
+namespace qvr::colourSearch
 {
 
 /// Rows of bits, one bit a cell; cell i of a row is bit i % 32 of its word i / 32.
@@ -92,4 +92,4 @@ private:
     int32_t nextWord = 0;
 };
 
-} // namespace qvr
+} // namespace qvr::colourSearch

@@ -3,7 +3,7 @@
 #include "editor/walks.h"
 #include "system/heap_array.h"
 
-namespace qvr
+namespace qvr::findPicture
 {
 
 namespace
@@ -234,4 +234,4 @@ signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t
     return 0;
 }
 
-} // namespace qvr
+} // namespace qvr::findPicture

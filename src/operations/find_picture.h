@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::findPicture
 {
 
 /// Looks for an exact copy of `sub` (alpha not looked at) and gives the column and row of its top-left
@@ -17,4 +17,4 @@ namespace qvr
 /// place where `sub` is not.
 signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t& x, int32_t& y);
 
-} // namespace qvr
+} // namespace qvr::findPicture

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::inversion
 {
 
 REALpictureStruct* InvertPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width,
@@ -31,4 +31,4 @@ REALpictureStruct* InvertGrayPicture2(REALpictureStruct* picture)
     return InvertGrayPicture(picture, 0, 0, -1, -1);
 }
 
-} // namespace qvr
+} // namespace qvr::inversion

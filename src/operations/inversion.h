@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::inversion
 {
 
 /// A new picture with every channel c of the rectangle's pixels turned into 255 - c.
@@ -26,4 +26,4 @@ REALpictureStruct* InvertGrayPicture(REALpictureStruct* picture, int32_t left, i
 /// The same for the whole picture.
 REALpictureStruct* InvertGrayPicture2(REALpictureStruct* picture);
 
-} // namespace qvr
+} // namespace qvr::inversion

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::masks
 {
 
 namespace
@@ -90,4 +90,4 @@ void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStr
                    static_cast<uint8_t>(swapBits));
 }
 
-} // namespace qvr
+} // namespace qvr::masks

@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::masks
 {
 
 /// Whether the host holds a separate mask for the picture; none is made by asking. False for nil.
@@ -26,4 +26,4 @@ REALpictureStruct* GetEmbededMask(REALpictureStruct* picture, signed char swap);
 /// cannot be opened. A picture that the host can only draw is changed in a copy, and the change is lost.
 void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStruct* mask);
 
-} // namespace qvr
+} // namespace qvr::masks

@@ -2,7 +2,7 @@
 
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::regionTests
 {
 
 namespace
@@ -92,4 +92,4 @@ double ColornessQVR(REALpictureStruct* picture, int32_t threshold)
     return static_cast<double>(coloured) / static_cast<double>(wrappingMultiply(reader.width, reader.height));
 }
 
-} // namespace qvr
+} // namespace qvr::regionTests

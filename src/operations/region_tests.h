@@ -8,7 +8,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::regionTests
 {
 
 /// Whether every pixel is (0, 0, 0).
@@ -31,4 +31,4 @@ signed char isGray2(REALpictureStruct* picture, int32_t tolerance);
 /// The denominator counts all pixels. 0 when the picture cannot be opened.
 double ColornessQVR(REALpictureStruct* picture, int32_t threshold);
 
-} // namespace qvr
+} // namespace qvr::regionTests

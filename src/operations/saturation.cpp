@@ -3,7 +3,7 @@
 #include "editor/real_lanes.h"
 #include "editor/walks.h"
 
-namespace qvr
+namespace qvr::saturation
 {
 
 namespace
@@ -67,4 +67,4 @@ REALpictureStruct* SaturationPicture(REALpictureStruct* picture, int32_t amount)
     return scaleDistances(picture, AnyFactor{factor});
 }
 
-} // namespace qvr
+} // namespace qvr::saturation

@@ -4,7 +4,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::saturation
 {
 
 /// Pushes every channel away from (amount > 0) or towards (amount < 0) the pixel's grey value.
@@ -17,4 +17,4 @@ namespace qvr
 /// opened, when a side is not 1 to 32767, or when the host cannot make the result.
 REALpictureStruct* SaturationPicture(REALpictureStruct* picture, int32_t amount);
 
-} // namespace qvr
+} // namespace qvr::saturation

@@ -5,7 +5,7 @@
 #include "system/heap_array.h"
 #include "system/quickdraw.h"
 
-namespace qvr
+namespace qvr::scrolling
 {
 
 namespace
@@ -155,4 +155,4 @@ signed char ScrollQVR(REALpictureStruct* picture, int32_t deltaX, int32_t deltaY
     return ScrollVerticalQVR(picture, deltaY, wrap, scrollMask);
 }
 
-} // namespace qvr
+} // namespace qvr::scrolling

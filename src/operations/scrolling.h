@@ -7,7 +7,7 @@
 
 #include "abi/host_abi.h"
 
-namespace qvr
+namespace qvr::scrolling
 {
 
 /// False, with the picture as it was, when the mask could not be moved, when the picture cannot be opened or
@@ -23,4 +23,4 @@ signed char ScrollHorizontalQVR(REALpictureStruct* picture, int32_t delta, signe
 signed char ScrollQVR(REALpictureStruct* picture, int32_t deltaX, int32_t deltaY, signed char wrap,
                       signed char scrollMask);
 
-} // namespace qvr
+} // namespace qvr::scrolling

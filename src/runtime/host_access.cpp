@@ -52,6 +52,11 @@ void RaiseNilObjectException(const char* message)
     RaiseException("NilObjectException", message, 0);
 }
 
+} // namespace qvr
+
+namespace qvr::hostAccess
+{
+
 namespace
 {
 
@@ -88,9 +93,14 @@ bool CopyStringBytes(REALstringStruct* string, int32_t capacity, uint32_t encodi
 
 } // namespace
 
+} // namespace qvr::hostAccess
+
+namespace qvr
+{
+
 int32_t StringByteLength(REALstringStruct* string)
 {
-    const LenBMethod lenB = FindLenB();
+    const hostAccess::LenBMethod lenB = hostAccess::FindLenB();
     return lenB == nullptr ? 0 : lenB(string);
 }
 
@@ -98,19 +108,19 @@ bool REALGetStringData(REALstringStruct* string, uint32_t encoding, REALstringDa
 {
     if (host.PluginGetStringData.available())
         return host.PluginGetStringData(string, encoding, out);
-    if (!host.StringGetCString.available() || FindLenB() == nullptr || string == nullptr)
+    if (!host.StringGetCString.available() || hostAccess::FindLenB() == nullptr || string == nullptr)
         return false;
 
     // Kept as the contract is: without conversion the block's size comes from the caller's record.
     if (encoding == encodingNone)
-        return CopyStringBytes(string, out->length, encoding, out);
+        return hostAccess::CopyStringBytes(string, out->length, encoding, out);
     if (host.REALGetStringEncoding(string) == encoding)
-        return CopyStringBytes(string, StringByteLength(string), encoding, out);
+        return hostAccess::CopyStringBytes(string, StringByteLength(string), encoding, out);
 
     REALstringStruct* converted = host.REALConvertString(string, encoding);
     if (converted == nullptr)
         return false;
-    const bool copied = CopyStringBytes(converted, StringByteLength(converted), encoding, out);
+    const bool copied = hostAccess::CopyStringBytes(converted, StringByteLength(converted), encoding, out);
     host.REALUnlockString(converted);
     return copied;
 }

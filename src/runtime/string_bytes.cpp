@@ -2,7 +2,7 @@
 
 #include "system/c_library.h"
 
-namespace qvr
+namespace qvr::stringBytes
 {
 
 namespace
@@ -13,11 +13,16 @@ constexpr double versionWithStringData = 2013.0;
 
 } // namespace
 
+} // namespace qvr::stringBytes
+
+namespace qvr
+{
+
 StringBytes::StringBytes(REALstringStruct* source) : string(source)
 {
     if (string == nullptr)
         return;
-    if (hostVersion < versionWithStringData)
+    if (hostVersion < stringBytes::versionWithStringData)
     {
         host.REALLockString(string);
         held = Held::StringLock;

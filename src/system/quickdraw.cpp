@@ -2,7 +2,7 @@
 
 #include "system/carbon.h"
 
-namespace qvr
+namespace qvr::frameworks
 {
 
 namespace
@@ -41,6 +41,11 @@ CFStringRef constantString(CFTypeRef untyped)
 
 } // namespace
 
+} // namespace qvr::frameworks
+
+namespace qvr
+{
+
 constinit QuickDrawFunctions quickDraw;
 
 CFBundleRef LoadFrameworkBundle(CFStringRef name)
@@ -49,18 +54,18 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name)
     constexpr Boolean isDirectory = 1;
 
     FSRef folder{};
-    if (!carbon::available() ||
-        carbon::FSFindFolder(systemDisk, frameworksFolder, createFolder, &folder) != 0)
+    if (!carbon::available() || carbon::FSFindFolder(frameworks::systemDisk, frameworks::frameworksFolder,
+                                                     createFolder, &folder) != 0)
         return nullptr;
     CFURLRef folderURL = carbon::CFURLCreateFromFSRef(nullptr, &folder);
     if (folderURL == nullptr)
         return nullptr;
-    const CoreFoundationReference releaseFolder{folderURL};
+    const frameworks::CoreFoundationReference releaseFolder{folderURL};
     CFURLRef frameworkURL =
         carbon::CFURLCreateCopyAppendingPathComponent(nullptr, folderURL, name, isDirectory);
     if (frameworkURL == nullptr)
         return nullptr;
-    const CoreFoundationReference releaseFramework{frameworkURL};
+    const frameworks::CoreFoundationReference releaseFramework{frameworkURL};
     CFBundleRef bundle = carbon::CFBundleCreate(nullptr, frameworkURL);
     if (bundle == nullptr)
         return nullptr;
@@ -74,12 +79,13 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name)
 
 void* ApplicationServices::find(Name name)
 {
-    if (ApplicationServicesFramework == nullptr)
-        ApplicationServicesFramework =
-            LoadFrameworkBundle(constantString(QVR_CFSTRING("ApplicationServices.framework")));
-    if (ApplicationServicesFramework == nullptr)
+    if (frameworks::ApplicationServicesFramework == nullptr)
+        frameworks::ApplicationServicesFramework =
+            LoadFrameworkBundle(frameworks::constantString(QVR_CFSTRING("ApplicationServices.framework")));
+    if (frameworks::ApplicationServicesFramework == nullptr)
         return nullptr;
-    return carbon::CFBundleGetFunctionPointerForName(ApplicationServicesFramework, constantString(name));
+    return carbon::CFBundleGetFunctionPointerForName(frameworks::ApplicationServicesFramework,
+                                                     frameworks::constantString(name));
 }
 
 } // namespace qvr
