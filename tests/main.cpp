@@ -1,0 +1,110 @@
+// Runs the tests that GoogleTest's own options choose, or the suites named on the command line: a word
+// chooses every suite with it in its name, whatever the case, and with or without underscores. Choosing none
+// is a mistake, not a success. ASSERT_... ends the whole test, from whatever function or loop it stands in.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <iostream>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace
+{
+
+constexpr int usage = 2;
+
+std::string folded(std::string_view name)
+{
+    std::string result;
+    for (const char character : name)
+        if (character != '_')
+            result += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    return result;
+}
+
+class EndTestAtFatalFailure : public testing::EmptyTestEventListener
+{
+    void OnTestPartResult(const testing::TestPartResult& result) override
+    {
+        if (result.fatally_failed())
+            throw testing::AssertionException(result);
+    }
+};
+
+/// "Inversion" of "MacBundle/Inversion".
+std::string plainName(const testing::TestSuite& suite)
+{
+    const std::string name = suite.name();
+    return name.substr(name.rfind('/') + 1);
+}
+
+std::vector<const testing::TestSuite*> allSuites()
+{
+    std::vector<const testing::TestSuite*> suites;
+    const testing::UnitTest& program = *testing::UnitTest::GetInstance();
+    for (int i = 0; i < program.total_test_suite_count(); ++i)
+        suites.push_back(program.GetTestSuite(i));
+    return suites;
+}
+
+/// How many runs of three letters two words share.
+int likeness(const std::string& a, const std::string& b)
+{
+    constexpr std::size_t length = 3;
+    int shared = 0;
+    for (std::size_t i = 0; i + length <= a.size(); ++i)
+        shared += b.find(a.substr(i, length)) != std::string::npos;
+    return shared;
+}
+
+/// The suites whose names are most like the word, or all where none is.
+std::string nearNames(const std::string& word)
+{
+    std::set<std::string> names;
+    for (const testing::TestSuite* suite : allSuites())
+        names.insert(plainName(*suite));
+    int best = 0;
+    for (const std::string& name : names)
+        best = std::max(best, likeness(folded(word), folded(name)));
+    std::string text;
+    for (const std::string& name : names)
+        if (likeness(folded(word), folded(name)) * 2 >= best)
+            text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
+int complain(const std::string& what)
+{
+    std::cerr << "No test matches \"" << what << "\". Near: " << nearNames(what) << "\n";
+    return usage;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleMock(&argc, argv);
+    std::string filter;
+    for (const std::string& word : std::vector<std::string>(argv + 1, argv + argc))
+    {
+        const std::size_t before = filter.size();
+        for (const testing::TestSuite* suite : allSuites())
+            if (folded(plainName(*suite)).find(folded(word)) != std::string::npos)
+                filter += std::string(suite->name()) + ".*:";
+        if (filter.size() == before)
+            return complain(word);
+    }
+    if (!filter.empty())
+        GTEST_FLAG_SET(filter, filter);
+
+    testing::UnitTest& program = *testing::UnitTest::GetInstance();
+    program.listeners().Append(new EndTestAtFatalFailure);
+    const int status = RUN_ALL_TESTS();
+    if (!GTEST_FLAG_GET(list_tests) && program.test_to_run_count() == 0)
+        return complain(GTEST_FLAG_GET(filter));
+    return status;
+}
