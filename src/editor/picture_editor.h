@@ -3,7 +3,7 @@
 #pragma once
 
 #include "abi/system_abi.h"
-#include "runtime/host_access.h"
+#include "runtime/references.h"
 
 namespace qvr
 {

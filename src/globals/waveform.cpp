@@ -3,6 +3,7 @@
 #include "editor/walks.h"
 #include "globals/sample_sums.h"
 #include "globals/wu_line.h"
+#include "runtime/exceptions.h"
 #include "system/heap_array.h"
 
 namespace qvr::waveform
@@ -210,7 +211,7 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
 {
     if (samples == nullptr)
     {
-        RaiseNilObjectException("memoryblock is nil");
+        raiseNilObjectException("memoryblock is nil");
         return nullptr;
     }
     gOutLineColorR = static_cast<int32_t>(redOf(outlineColour));

@@ -1,6 +1,7 @@
 #include "operations/channel_replacement.h"
 
 #include "editor/walks.h"
+#include "runtime/exceptions.h"
 
 namespace qvr::channelReplacement
 {
@@ -12,7 +13,7 @@ REALpictureStruct* replaceChannel(REALpictureStruct* self, REALpictureStruct* ch
 {
     if (channelPicture == nullptr)
     {
-        RaiseNilObjectException("The channel picture is nil.");
+        raiseNilObjectException("The channel picture is nil.");
         return nullptr;
     }
     PictureReader selfReader;

@@ -1,6 +1,7 @@
 #include "operations/colour_statistics.h"
 
 #include "editor/walks.h"
+#include "runtime/exceptions.h"
 #include "system/c_library.h"
 
 namespace qvr::colourStatistics
@@ -154,7 +155,7 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
                                                    : nullptr;
     if (missing != nullptr)
     {
-        RaiseNilObjectException(missing);
+        raiseNilObjectException(missing);
         return nullptr;
     }
 

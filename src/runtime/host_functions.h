@@ -110,4 +110,7 @@ static_assert(sizeof(HostFunctions) == 38 * sizeof(HostFunction<void()>),
 /// The one table of host functions.
 extern HostFunctions host;
 
+/// An integer property of a host object; 0 when it cannot be read.
+int32_t REALGetPropValueInt32(REALobject object, const char* name);
+
 } // namespace qvr
