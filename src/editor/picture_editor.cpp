@@ -22,13 +22,13 @@ namespace
 constexpr double firstNewerHostVersion = 2012.0;
 
 /// Finds out whether the host is a desktop or a console (or web) application; it may be neither.
-void DetectHostKind()
+void detectHostKind()
 {
     if (IsDesktop || IsConsole)
         return;
-    const bool application = host.pluginObjectType("Application") != nullptr;
-    const bool webApplication = host.pluginObjectType("WebApplication") != nullptr;
-    const bool consoleApplication = host.pluginObjectType("ConsoleApplication") != nullptr;
+    const bool application = host.REALGetClassRef("Application") != nullptr;
+    const bool webApplication = host.REALGetClassRef("WebApplication") != nullptr;
+    const bool consoleApplication = host.REALGetClassRef("ConsoleApplication") != nullptr;
     if (application)
         IsDesktop = true;
     else if (consoleApplication || webApplication)
@@ -36,7 +36,7 @@ void DetectHostKind()
 }
 
 /// Locks a picture as a bitmap in memory. After a failure nothing is left to unlock.
-bool LockBitmapDescription(REALpictureStruct* picture, REALpictureDescription* description)
+bool lockBitmapDescription(REALpictureStruct* picture, REALpictureDescription* description)
 {
     if (host.REALLockPictureDescription(picture, description, pictureMemoryBitmap))
         return true;
@@ -46,40 +46,40 @@ bool LockBitmapDescription(REALpictureStruct* picture, REALpictureDescription* d
 }
 
 /// Word `index` of a host memory bitmap.
-uintptr_t BitmapWord(const REALpictureDescription& description, int32_t index)
+uintptr_t bitmapWord(const REALpictureDescription& description, int32_t index)
 {
     return static_cast<const uintptr_t*>(description.data)[index];
 }
 
-uint8_t** BitmapRowTable(const REALpictureDescription& description)
+uint8_t** bitmapRowTable(const REALpictureDescription& description)
 {
-    return reinterpret_cast<uint8_t**>(BitmapWord(description, bitmapRowTableWord));
+    return reinterpret_cast<uint8_t**>(bitmapWord(description, bitmapRowTableWord));
 }
 
-bool IsUsableBitmap(const REALpictureDescription& description)
+bool isUsableBitmap(const REALpictureDescription& description)
 {
     return description.type == pictureMemoryBitmap && description.data != nullptr &&
-           BitmapWord(description, bitmapKindWord) == 0 && BitmapWord(description, bitmapPresentWord) != 0 &&
-           BitmapRowTable(description) != nullptr;
+           bitmapWord(description, bitmapKindWord) == 0 && bitmapWord(description, bitmapPresentWord) != 0 &&
+           bitmapRowTable(description) != nullptr;
 }
 
-bool BitmapsHaveSameSize(const REALpictureDescription& first, const REALpictureDescription& second)
+bool bitmapsHaveSameSize(const REALpictureDescription& first, const REALpictureDescription& second)
 {
-    return BitmapWord(first, bitmapKindWord) == 0 && BitmapWord(second, bitmapKindWord) == 0 &&
-           BitmapWord(first, bitmapWidthWord) == BitmapWord(second, bitmapWidthWord) &&
-           BitmapWord(first, bitmapHeightWord) == BitmapWord(second, bitmapHeightWord) &&
-           BitmapRowTable(first) != nullptr && BitmapRowTable(second) != nullptr;
+    return bitmapWord(first, bitmapKindWord) == 0 && bitmapWord(second, bitmapKindWord) == 0 &&
+           bitmapWord(first, bitmapWidthWord) == bitmapWord(second, bitmapWidthWord) &&
+           bitmapWord(first, bitmapHeightWord) == bitmapWord(second, bitmapHeightWord) &&
+           bitmapRowTable(first) != nullptr && bitmapRowTable(second) != nullptr;
 }
 
 /// Copies the rows of one locked bitmap to another; bitmaps of different kinds or sizes are left alone.
-void CopyBitmapRows(const REALpictureDescription& from, const REALpictureDescription& to)
+void copyBitmapRows(const REALpictureDescription& from, const REALpictureDescription& to)
 {
-    if (from.data == nullptr || to.data == nullptr || !BitmapsHaveSameSize(from, to))
+    if (from.data == nullptr || to.data == nullptr || !bitmapsHaveSameSize(from, to))
         return;
-    const auto rowLength = BitmapWord(from, bitmapWidthWord) * 4;
-    const auto rows = static_cast<int32_t>(BitmapWord(from, bitmapHeightWord));
+    const auto rowLength = bitmapWord(from, bitmapWidthWord) * 4;
+    const auto rows = static_cast<int32_t>(bitmapWord(from, bitmapHeightWord));
     for (int32_t row = 0; row < rows; ++row)
-        libc::memcpy(BitmapRowTable(to)[row], BitmapRowTable(from)[row], rowLength);
+        libc::memcpy(bitmapRowTable(to)[row], bitmapRowTable(from)[row], rowLength);
 }
 
 } // namespace
@@ -91,7 +91,7 @@ namespace qvr
 
 PictureEditor::~PictureEditor()
 {
-    Release();
+    clear();
 }
 
 PictureReader::~PictureReader()
@@ -110,11 +110,6 @@ void PictureEditor::operator delete(void* block)
 }
 
 void PictureEditor::clear()
-{
-    Release();
-}
-
-void PictureEditor::Release()
 {
     scratch = 0;
     if (pixMap != nullptr)
@@ -136,7 +131,7 @@ void PictureEditor::Release()
     picture = nullptr;
 }
 
-void PictureEditor::Hold(REALpictureStruct* source)
+void PictureEditor::hold(REALpictureStruct* source)
 {
     REALpictureStruct* const before = picture;
     picture = Reference<REALpictureStruct>::retain(source);
@@ -149,21 +144,21 @@ void PictureEditor::Hold(REALpictureStruct* source)
 
 bool PictureEditor::GetPictureEditor(REALpictureStruct* source, bool read, bool write)
 {
-    return LockPicture(source, read, write, read && !write);
+    return lockPicture(source, read, write, read && !write);
 }
 
 /// `copyAllowed` says whether a picture that cannot be locked may be drawn into a copy. The copy itself is
 /// not copied again: on a host whose new pictures cannot be locked that would never end.
-bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed)
+bool PictureEditor::lockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed)
 {
-    Release();
+    clear();
     if (source == nullptr)
         return false;
     writeAccess = write;
     readAccess = read;
     scratch = 0;
 
-    pictureEditor::DetectHostKind();
+    pictureEditor::detectHostKind();
     if (!IsConsole)
     {
         description = {};
@@ -171,7 +166,7 @@ bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write
         if (description.type == pictureGWorldPtr)
         {
             IsDesktop = true;
-            return LockGWorld(source, copyAllowed);
+            return lockGWorld(source, copyAllowed);
         }
         // The description is left locked here: the host's own bookkeeping expects no unlock for these
         // pictures.
@@ -179,14 +174,14 @@ bool PictureEditor::LockPicture(REALpictureStruct* source, bool read, bool write
         {
             const int32_t copyWidth = REALGetPropValueInt32(source, "Width");
             const int32_t copyHeight = REALGetPropValueInt32(source, "Height");
-            if (REALpictureStruct* copy = DrawCopy(source, copyWidth, copyHeight))
-                return LockCopy(copy, read);
+            if (REALpictureStruct* copy = drawCopy(source, copyWidth, copyHeight))
+                return lockCopy(copy, read);
         }
     }
-    return LockMemoryBitmap(source);
+    return lockMemoryBitmap(source);
 }
 
-bool PictureEditor::LockGWorld(REALpictureStruct* source, bool copyAllowed)
+bool PictureEditor::lockGWorld(REALpictureStruct* source, bool copyAllowed)
 {
     const auto fail = [this, source] {
         pixMap = nullptr;
@@ -220,8 +215,8 @@ bool PictureEditor::LockGWorld(REALpictureStruct* source, bool copyAllowed)
         fail();
         if (!copyAllowed)
             return false;
-        REALpictureStruct* copy = DrawCopy(source, copyWidth, copyHeight);
-        return copy != nullptr && LockCopy(copy, readOnly);
+        REALpictureStruct* copy = drawCopy(source, copyWidth, copyHeight);
+        return copy != nullptr && lockCopy(copy, readOnly);
     }
     }
 
@@ -234,41 +229,41 @@ bool PictureEditor::LockGWorld(REALpictureStruct* source, bool copyAllowed)
         return fail();
     }
     pixMap = map;
-    Hold(source);
+    hold(source);
     rowBytes = quickDraw.GetPixRowBytes(map);
     width = description.width;
     height = description.height;
     return true;
 }
 
-bool PictureEditor::LockMemoryBitmap(REALpictureStruct* source)
+bool PictureEditor::lockMemoryBitmap(REALpictureStruct* source)
 {
-    if (IsDesktop || !pictureEditor::LockBitmapDescription(source, &description))
+    if (IsDesktop || !pictureEditor::lockBitmapDescription(source, &description))
         return false;
     IsConsole = true;
-    if (!pictureEditor::IsUsableBitmap(description))
+    if (!pictureEditor::isUsableBitmap(description))
     {
         host.unlockPictureDescription(source);
         return false;
     }
-    Hold(source);
+    hold(source);
     pixelFormat = PixelFormatBGRX32;
     bytesPerPixel = 4;
     width = description.width;
     height = description.height;
     rowBytes = static_cast<int32_t>(static_cast<uint32_t>(width) * 4);
-    rowTable = pictureEditor::BitmapRowTable(description);
+    rowTable = pictureEditor::bitmapRowTable(description);
     baseAddress = rowPointer = height > 0 ? rowTable[0] : nullptr;
     return true;
 }
 
 /// Draws `source` into a new 32-bit picture, which carries a reference for the caller; null when it cannot be
 /// made.
-REALpictureStruct* PictureEditor::DrawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight)
+REALpictureStruct* PictureEditor::drawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight)
 {
     if (copyWidth < 1 || copyHeight < 1)
         return nullptr;
-    REALpictureStruct* copy = host.newPicture(copyWidth, copyHeight, 32);
+    REALpictureStruct* copy = host.REALNewPicture(copyWidth, copyHeight, 32);
     if (copy == nullptr)
         return nullptr;
     if (const Reference<REALgraphicsStruct> graphics{host.pluginPictureGraphicsGetter(copy)})
@@ -279,10 +274,10 @@ REALpictureStruct* PictureEditor::DrawCopy(REALpictureStruct* source, int32_t co
 
 /// Locks a copy in place of the caller's picture, which is no longer involved, and gives up the copy's
 /// reference.
-bool PictureEditor::LockCopy(REALpictureStruct* copy, bool read)
+bool PictureEditor::lockCopy(REALpictureStruct* copy, bool read)
 {
     const Reference<REALpictureStruct> releaseCopy{copy};
-    return LockPicture(copy, read, false, false);
+    return lockPicture(copy, read, false, false);
 }
 
 REALpictureStruct* PictureEditor::RenderPictureWriter()
@@ -298,16 +293,16 @@ REALpictureStruct* PictureEditor::RenderPictureWriter()
         constexpr int32_t pixelType = 1;
         result = host.REALBuildPictureFromBuffer(width, height, pixelType, buffer, rowBytes);
     }
-    Release();
+    clear();
     return result;
 }
 
-bool PictureWriter::OpenNew(int32_t newWidth, int32_t newHeight)
+bool PictureWriter::openNew(int32_t newWidth, int32_t newHeight)
 {
     if (newWidth < 1 || newWidth > longestPictureSide || newHeight < 1 || newHeight > longestPictureSide)
         return false;
-    const Reference<REALpictureStruct> created{host.newPicture(newWidth, newHeight, 32)};
-    return created && Open(created.get());
+    const Reference<REALpictureStruct> created{host.REALNewPicture(newWidth, newHeight, 32)};
+    return created && open(created.get());
 }
 
 void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destination,
@@ -337,12 +332,12 @@ void GraphicsDrawPicture(REALgraphicsStruct* graphics, REALpictureStruct* destin
     if (source == nullptr || destination == nullptr || sw != w || sh != h)
         return;
     REALpictureDescription from{};
-    if (!pictureEditor::LockBitmapDescription(source, &from))
+    if (!pictureEditor::lockBitmapDescription(source, &from))
         return;
     REALpictureDescription to{};
-    if (pictureEditor::LockBitmapDescription(destination, &to))
+    if (pictureEditor::lockBitmapDescription(destination, &to))
     {
-        pictureEditor::CopyBitmapRows(from, to);
+        pictureEditor::copyBitmapRows(from, to);
         host.unlockPictureDescription(destination);
     }
     host.unlockPictureDescription(source);

@@ -53,7 +53,7 @@ public:
     void clear();
 
     /// Start of row `row`, which is not negative; past the last row it is row 0, never an error.
-    uint8_t* RowAddress(int32_t row) const
+    uint8_t* rowAddress(int32_t row) const
     {
         if (row >= height)
             return baseAddress;
@@ -67,7 +67,7 @@ public:
     {
         y = row;
         x = 0;
-        rowPointer = RowAddress(row);
+        rowPointer = rowAddress(row);
     }
 
     /// Moves the cursor to the start of the next row; past the last row that is row 0, while `y` counts on.
@@ -101,13 +101,12 @@ public:
     bool descriptionLocked = false;
 
 private:
-    bool LockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed);
-    bool LockGWorld(REALpictureStruct* source, bool copyAllowed);
-    bool LockMemoryBitmap(REALpictureStruct* source);
-    REALpictureStruct* DrawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight);
-    bool LockCopy(REALpictureStruct* copy, bool read);
-    void Hold(REALpictureStruct* source);
-    void Release();
+    bool lockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed);
+    bool lockGWorld(REALpictureStruct* source, bool copyAllowed);
+    bool lockMemoryBitmap(REALpictureStruct* source);
+    REALpictureStruct* drawCopy(REALpictureStruct* source, int32_t copyWidth, int32_t copyHeight);
+    bool lockCopy(REALpictureStruct* copy, bool read);
+    void hold(REALpictureStruct* source);
 };
 
 /// A source that is only read.
@@ -117,7 +116,7 @@ public:
     ~PictureReader() override;
 
     /// Opens `source` for reading.
-    bool Open(REALpictureStruct* source)
+    bool open(REALpictureStruct* source)
     {
         return GetPictureEditor(source, true, false);
     }
@@ -130,14 +129,14 @@ public:
     ~PictureWriter() override;
 
     /// Opens an existing picture for writing.
-    bool Open(REALpictureStruct* destination)
+    bool open(REALpictureStruct* destination)
     {
         return GetPictureEditor(destination, false, true);
     }
 
     /// Makes a new 32-bit picture and opens it; the writer holds its only reference. False when a side is not
     /// 1 to 32767, or when the host cannot make or lock the picture.
-    bool OpenNew(int32_t newWidth, int32_t newHeight);
+    bool openNew(int32_t newWidth, int32_t newHeight);
 };
 
 /// Draws `source` into the graphics of `destination`, with the host's own drawing or, when that is missing

@@ -8,7 +8,7 @@ namespace
 
 uint8_t* pixelAddress(const PictureEditor& picture, int32_t x, int32_t y)
 {
-    return picture.RowAddress(y) + static_cast<ptrdiff_t>(x) * picture.bytesPerPixel;
+    return picture.rowAddress(y) + static_cast<ptrdiff_t>(x) * picture.bytesPerPixel;
 }
 
 /// The step from red to green and from green to blue, in bytes.

@@ -45,9 +45,9 @@ bool visitRows(VisitRun visit, const void* visitor, const Block& block, const Pi
     {
         run.row = row;
         for (int32_t i = 0; i < sourceCount; ++i)
-            run.sources[i] = sources[i]->RowAddress(row) + block.byteOffset;
+            run.sources[i] = sources[i]->rowAddress(row) + block.byteOffset;
         if (destination != nullptr)
-            run.destination = destination->RowAddress(row) + block.byteOffset;
+            run.destination = destination->rowAddress(row) + block.byteOffset;
         if (!visit(visitor, run))
             return false;
     }
@@ -72,7 +72,7 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
             for (int32_t i = 0; i < sourceCount; ++i)
             {
                 const PictureEditor& source = *sources[i];
-                const uint8_t* pixels = source.RowAddress(row) + block.byteOffset +
+                const uint8_t* pixels = source.rowAddress(row) + block.byteOffset +
                                         static_cast<ptrdiff_t>(column) * source.bytesPerPixel;
                 run.sources[i] = pixels;
                 if (source.pixelFormat == PixelFormatARGB32)
@@ -86,7 +86,7 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
                     return false;
                 continue;
             }
-            uint8_t* pixels = destination->RowAddress(row) + block.byteOffset +
+            uint8_t* pixels = destination->rowAddress(row) + block.byteOffset +
                               static_cast<ptrdiff_t>(column) * destination->bytesPerPixel;
             const bool inPlace = destination->pixelFormat == PixelFormatARGB32;
             run.destination = inPlace ? pixels : result.bytes;

@@ -355,7 +355,7 @@ REALpictureStruct* mapPart(REALpictureStruct* picture, const BlockFor& blockFor,
 {
     PictureReader reader;
     PictureWriter writer;
-    if (!reader.Open(picture) || !writer.OpenNew(reader.width, reader.height))
+    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
         return nullptr;
     mapBlock(writer, blockFor(reader), formula, reader);
     return writer.RenderPictureWriter();

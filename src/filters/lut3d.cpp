@@ -41,7 +41,7 @@ double* tableEntry(REALobjectStruct* self, uint32_t r, uint32_t g, uint32_t b, u
 {
     if (r >= cubeNodes || g >= cubeNodes || b >= cubeNodes || x >= cubeComponents)
         return nullptr;
-    return &instanceData<Lut3DClassData>(self, PictureLut3DClass).cube[r][g][b][x];
+    return &instanceData<Lut3DClassData>(self, pictureLut3DClass).cube[r][g][b][x];
 }
 
 /// One node of the cube. The load reaches one double past it, which is inside the cube for every node in use.
@@ -165,14 +165,14 @@ void Lut3DClassConstructor(REALobjectStruct*)
 
 void Lut3DClassDestructor(REALobjectStruct* self)
 {
-    auto& data = instanceData<Lut3DClassData>(self, PictureLut3DClass);
+    auto& data = instanceData<Lut3DClassData>(self, pictureLut3DClass);
     releasePicture(data.SourcePicture);
     releasePicture(data.DestinationPicture);
 }
 
 signed char Run(REALobjectStruct* self)
 {
-    auto& data = instanceData<Lut3DClassData>(self, PictureLut3DClass);
+    auto& data = instanceData<Lut3DClassData>(self, pictureLut3DClass);
     releasePicture(data.DestinationPicture);
     const auto* const cube = reinterpret_cast<const uint8_t*>(data.cube);
     data.DestinationPicture = filterPicture(

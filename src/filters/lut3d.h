@@ -36,7 +36,7 @@ static_assert(offsetof(Lut3DClassData, cube) == 24);
 static_assert(sizeof(Lut3DClassData) == 139992);
 
 /// The class record; the host keeps its address and writes into it.
-extern REALclassDefinition PictureLut3DClass;
+extern REALclassDefinition pictureLut3DClass;
 
 /// Does nothing: the cube starts as zeros, which make every pixel black.
 void Lut3DClassConstructor(REALobjectStruct* self);

@@ -10,7 +10,7 @@ namespace
 
 PictureSepiaData& dataOf(REALobjectStruct* self)
 {
-    return instanceData<PictureSepiaData>(self, PictureSepiaClass);
+    return instanceData<PictureSepiaData>(self, pictureSepiaClass);
 }
 
 /// A weight in 1024ths.

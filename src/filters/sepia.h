@@ -37,7 +37,7 @@ static_assert(offsetof(PictureSepiaData, SepiaBlue) == 56);
 static_assert(sizeof(PictureSepiaData) == 64);
 
 /// The class record; the host keeps its address and writes into it.
-extern REALclassDefinition PictureSepiaClass;
+extern REALclassDefinition pictureSepiaClass;
 
 /// Sets the weights 0.299, 0.587 and 0.114.
 void PictureSepiaClassConstructor(REALobjectStruct* self);

@@ -224,11 +224,11 @@ void registerClass(REALclassDefinition* definition, RegisterClass& registerDefin
 namespace qvr
 {
 
-REALclassDefinition sepia::PictureSepiaClass = frame::filterClass<sepia::PictureSepiaData>(
+REALclassDefinition sepia::pictureSepiaClass = frame::filterClass<sepia::PictureSepiaData>(
     frame::desktopOnly, "PictureSepiaQVR", sepia::PictureSepiaClassConstructor,
     sepia::PictureSepiaClassDestructor, frame::sepiaProperties, frame::sepiaMethods);
 
-REALclassDefinition lut3d::PictureLut3DClass = frame::filterClass<lut3d::Lut3DClassData>(
+REALclassDefinition lut3d::pictureLut3DClass = frame::filterClass<lut3d::Lut3DClassData>(
     frame::newConsoleFlag, "PictureLut3DQVR", lut3d::Lut3DClassConstructor, lut3d::Lut3DClassDestructor,
     frame::lut3dProperties, frame::lut3dMethods);
 
@@ -239,13 +239,13 @@ namespace qvr::frame
 
 void registerCatalogue()
 {
-    FixConsoleFlags(&sepia::PictureSepiaClass);
-    FixConsoleFlags(&lut3d::PictureLut3DClass);
+    FixConsoleFlags(&sepia::pictureSepiaClass);
+    FixConsoleFlags(&lut3d::pictureLut3DClass);
     FixConsoleFlags(&pictureExtension);
     for (REALmethodDefinition& row : globalMethods)
         row.flags = fixedFlags(row.flags);
 
-    REALclassDefinition* const filters[] = {&sepia::PictureSepiaClass, &lut3d::PictureLut3DClass};
+    REALclassDefinition* const filters[] = {&sepia::pictureSepiaClass, &lut3d::pictureLut3DClass};
     for (REALclassDefinition* filter : filters)
         registerClass(filter, host.PluginRegisterClass);
     registerClass(&pictureExtension, host.PluginRegisterClassExtension);

@@ -74,7 +74,7 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
     constexpr int64_t longestString = 2147483646;
 
     PictureReader reader;
-    if (!reader.Open(picture))
+    if (!reader.open(picture))
         return nullptr;
     const int64_t total = pixelBytes(reader.width, reader.height) + headerBytes;
     if (total < 1 || total > longestString)
@@ -94,7 +94,7 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
     const bool streamed = isStreamedSize(size);
     uint8_t* packed = bytes.get() + headerBytes;
     for (int32_t row = 0; row < reader.height; ++row, packed += static_cast<ptrdiff_t>(reader.width) * 3)
-        convertPixels(reader.pixelFormat, reader.RowAddress(row), PixelFormatRGB24, packed, reader.width,
+        convertPixels(reader.pixelFormat, reader.rowAddress(row), PixelFormatRGB24, packed, reader.width,
                       streamed);
 
     REALstringStruct* const string = host.REALBuildString(bytes.get(), size);
@@ -110,14 +110,14 @@ REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
     if (string.bytes() == nullptr || !parse(string.bytes(), string.length(), contents))
         return nullptr;
     PictureWriter writer;
-    if (!writer.OpenNew(contents.width, contents.height))
+    if (!writer.openNew(contents.width, contents.height))
         return nullptr;
     const uint8_t* packed = contents.pixels;
     const int32_t rows = minimum(contents.height, writer.height);
     const int32_t columns = minimum(contents.width, writer.width);
     const bool streamed = isStreamedSize(static_cast<int64_t>(writer.rowBytes) * writer.height);
     for (int32_t row = 0; row < rows; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
-        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.RowAddress(row), columns,
+        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.rowAddress(row), columns,
                       streamed);
     return writer.RenderPictureWriter();
 }

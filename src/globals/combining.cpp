@@ -22,9 +22,9 @@ REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct*
     PictureReader greenReader;
     PictureReader blueReader;
     PictureWriter writer;
-    if (!redReader.Open(red) || !greenReader.Open(green) || !blueReader.Open(blue) ||
+    if (!redReader.open(red) || !greenReader.open(green) || !blueReader.open(blue) ||
         !sameSize(redReader, greenReader) || !sameSize(redReader, blueReader) ||
-        !writer.OpenNew(redReader.width, redReader.height))
+        !writer.openNew(redReader.width, redReader.height))
         return nullptr;
     mapBlock(
         writer, wholeBlock(redReader),
@@ -39,8 +39,8 @@ REALpictureStruct* MergePicture(REALpictureStruct* source1, REALpictureStruct* s
     PictureReader reader1;
     PictureReader reader2;
     PictureWriter writer;
-    if (source1 == nullptr || source2 == nullptr || !reader1.Open(source1) || !reader2.Open(source2) ||
-        !sameSize(reader1, reader2) || !writer.OpenNew(reader1.width, reader1.height))
+    if (source1 == nullptr || source2 == nullptr || !reader1.open(source1) || !reader2.open(source2) ||
+        !sameSize(reader1, reader2) || !writer.openNew(reader1.width, reader1.height))
         return nullptr;
     mapBlock(
         writer, wholeBlock(reader1),

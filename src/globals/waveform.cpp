@@ -221,14 +221,14 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     const BitsFormat* const format = formatOf(bits);
     if (format == nullptr)
         return nullptr;
-    const int32_t blockSize = host.memoryBlockGetSize(samples);
+    const int32_t blockSize = host.REALMemoryBlockGetSize(samples);
     const int32_t count = sampleCount < 1 ? blockSize / format->bytes : sampleCount;
     // A block whose size the host does not tell is trusted.
     if (blockSize > 0 && count > blockSize / format->bytes)
         return nullptr;
     const int32_t columnCount = width < 1 ? count : width;
     const int32_t rows = height < 1 ? defaultRows : height;
-    const auto* data = static_cast<const uint8_t*>(host.memoryBlockGetPtr(samples));
+    const auto* data = static_cast<const uint8_t*>(host.REALMemoryBlockGetPtr(samples));
     if (data == nullptr || columnCount < 1 || columnCount > longestPictureSide || rows > longestPictureSide)
         return nullptr;
 
@@ -250,7 +250,7 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     const int32_t centre = rows / 2;
     const Bars bars(columns, centre);
     PictureWriter writer;
-    if (!bars || !writer.OpenNew(columnCount, rows))
+    if (!bars || !writer.openNew(columnCount, rows))
         return nullptr;
     bars.draw(writer, rows, backColour, foreColour);
     if (outlineWidth == 1)

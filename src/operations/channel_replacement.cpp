@@ -18,12 +18,12 @@ REALpictureStruct* replaceChannel(REALpictureStruct* self, REALpictureStruct* ch
     }
     PictureReader selfReader;
     PictureReader channelReader;
-    if (!selfReader.Open(self) || !channelReader.Open(channelPicture))
+    if (!selfReader.open(self) || !channelReader.open(channelPicture))
         return nullptr;
     if (channelReader.height < selfReader.height || channelReader.width < selfReader.width)
         return nullptr;
     PictureWriter writer;
-    if (!writer.OpenNew(selfReader.width, selfReader.height))
+    if (!writer.openNew(selfReader.width, selfReader.height))
         return nullptr;
     mapBlock(
         writer, wholeBlock(selfReader),

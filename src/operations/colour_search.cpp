@@ -9,7 +9,7 @@ namespace qvr::colourSearch
 int32_t CountColorQVR(REALpictureStruct* picture, uint32_t colour)
 {
     PictureReader reader;
-    if (!reader.Open(picture))
+    if (!reader.open(picture))
         return 0;
     return countPixels(reader, [colour](auto pixels) QVR_INLINE { return pixels.matches(colour); });
 }
@@ -78,7 +78,7 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
 {
     PictureReader reader;
     PictureWriter writer;
-    if (!reader.Open(picture) || !writer.OpenNew(reader.width, reader.height))
+    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
         return nullptr;
     const BitGrid mask(reader.width, reader.height);
     if (!mask)

@@ -49,8 +49,9 @@ void addCounters(uint8_t* block, const uint32_t (&counters)[2][levels])
 /// The block's data if it has at least `size` bytes, else null.
 uint8_t* blockData(REALmemoryBlockStruct* block, int32_t size)
 {
-    return host.memoryBlockGetSize(block) < size ? nullptr
-                                                 : static_cast<uint8_t*>(host.memoryBlockGetPtr(block));
+    return host.REALMemoryBlockGetSize(block) < size
+               ? nullptr
+               : static_cast<uint8_t*>(host.REALMemoryBlockGetPtr(block));
 }
 
 /// A reference to a memory block for the length of a call, and its data.
@@ -95,9 +96,9 @@ struct PlacedTables
 bool openTarget(PictureWriter& writer, REALpictureStruct* destination, const PictureReader& reader)
 {
     if (destination != nullptr && REALGetPropValueInt32(destination, "Width") >= reader.width &&
-        REALGetPropValueInt32(destination, "Height") >= reader.height && writer.Open(destination))
+        REALGetPropValueInt32(destination, "Height") >= reader.height && writer.open(destination))
         return true;
-    return writer.OpenNew(reader.width, reader.height);
+    return writer.openNew(reader.width, reader.height);
 }
 
 } // namespace
@@ -108,12 +109,12 @@ void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REA
     REALmemoryBlockStruct** const blocks[] = {&red, &blue, &green};
     for (REALmemoryBlockStruct** block : blocks)
         if (*block == nullptr)
-            *block = host.newMemoryBlock(histogramBytes);
+            *block = host.REALNewMemoryBlock(histogramBytes);
     count = -1;
     if (red == nullptr || blue == nullptr || green == nullptr)
         return;
     PictureReader reader;
-    if (!reader.Open(picture))
+    if (!reader.open(picture))
         return;
     uint8_t* const redData = blockData(red, histogramBytes);
     uint8_t* const blueData = blockData(blue, histogramBytes);
@@ -166,7 +167,7 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
         return nullptr;
     PictureReader reader;
     PictureWriter writer;
-    if (!reader.Open(picture) || !openTarget(writer, destination, reader))
+    if (!reader.open(picture) || !openTarget(writer, destination, reader))
         return nullptr;
 
     const PlacedTables<ARGB32> argbTables(redTable.data, greenTable.data, blueTable.data);

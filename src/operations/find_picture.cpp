@@ -201,7 +201,7 @@ signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t
     y = 0;
     PictureReader selfReader;
     PictureReader subReader;
-    if (!selfReader.Open(self) || !subReader.Open(sub) || subReader.width < 1 || subReader.height < 1)
+    if (!selfReader.open(self) || !subReader.open(sub) || subReader.width < 1 || subReader.height < 1)
         return 0;
     if (selfReader.height < subReader.height || selfReader.width < subReader.width)
         return 0;

@@ -19,8 +19,8 @@ void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, int
     const int32_t maskRed = redByteOf(mask.pixelFormat);
     for (int32_t row = 0; row < picture.height; ++row)
     {
-        uint8_t* pixel = picture.RowAddress(row);
-        const uint8_t* value = mask.RowAddress(row) + maskRed;
+        uint8_t* pixel = picture.rowAddress(row);
+        const uint8_t* value = mask.rowAddress(row) + maskRed;
         for (int32_t column = 0; column < columns; ++column, pixel += 4, value += mask.bytesPerPixel)
             *pixel = *value ^ swapBits;
     }
@@ -40,7 +40,7 @@ REALpictureStruct* GetEmbededMask(REALpictureStruct* picture, signed char swap)
 {
     PictureReader reader;
     PictureWriter writer;
-    if (!reader.Open(picture) || !writer.OpenNew(reader.width, reader.height))
+    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
         return nullptr;
     const int32_t swapBits = swap != 0 ? 255 : 0;
     const auto mapAlpha = [&](auto alphaOf) {
@@ -64,7 +64,7 @@ void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStr
     // Opened for reading although it is written: the host's cached rendering is not cleared. Kept as it is.
     PictureReader pictureReader;
     PictureReader maskReader;
-    if (mask == nullptr || !pictureReader.Open(picture) || !maskReader.Open(mask) || maskReader.height < 1)
+    if (mask == nullptr || !pictureReader.open(picture) || !maskReader.open(mask) || maskReader.height < 1)
         return;
     const int32_t swapBits = swap != 0 ? 255 : 0;
 

@@ -13,7 +13,7 @@ template <class Formula>
 signed char testRectangle(REALpictureStruct* picture, const Rectangle& rectangle, const Formula& passes)
 {
     PictureReader reader;
-    return reader.Open(picture) && allPixels(reader, blockOf(reader, rectangle), passes) ? 1 : 0;
+    return reader.open(picture) && allPixels(reader, blockOf(reader, rectangle), passes) ? 1 : 0;
 }
 
 /// Its magnitude as a limit of channel differences, which no limit above 255 can change.
@@ -78,7 +78,7 @@ double ColornessQVR(REALpictureStruct* picture, int32_t threshold)
     constexpr int32_t nearBlack = 29;
 
     PictureReader reader;
-    if (!reader.Open(picture))
+    if (!reader.open(picture))
         return 0.0;
     const int32_t negated = wrappingSubtract(0, threshold);
     const int32_t coloured = countPixels(reader, [threshold, negated](auto pixels) QVR_INLINE {

@@ -43,7 +43,7 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
     int32_t moved = 0;
     for (int32_t start = 0; moved < picture.height; ++start)
     {
-        libc::memcpy(saved.get(), picture.RowAddress(start), rowBytes);
+        libc::memcpy(saved.get(), picture.rowAddress(start), rowBytes);
         int32_t row = start;
         for (;;)
         {
@@ -51,10 +51,10 @@ bool rotateRows(const PictureEditor& picture, int32_t shift)
             const int32_t from = row >= distance ? row - distance : row - distance + picture.height;
             if (from == start)
                 break;
-            libc::memcpy(picture.RowAddress(row), picture.RowAddress(from), rowBytes);
+            libc::memcpy(picture.rowAddress(row), picture.rowAddress(from), rowBytes);
             row = from;
         }
-        libc::memcpy(picture.RowAddress(row), saved.get(), rowBytes);
+        libc::memcpy(picture.rowAddress(row), saved.get(), rowBytes);
     }
     return true;
 }
@@ -73,7 +73,7 @@ void rotateColumns(const PictureEditor& picture, int32_t shift)
     const size_t kept = static_cast<size_t>(rowLength) - wrapped;
     for (int32_t row = 0; row < picture.height; ++row)
     {
-        uint8_t* const pixels = picture.RowAddress(row);
+        uint8_t* const pixels = picture.rowAddress(row);
         libc::memcpy(saved.get(), pixels, static_cast<size_t>(rowLength));
         libc::memcpy(pixels, saved.get() + kept, wrapped);
         libc::memcpy(pixels + wrapped, saved.get(), kept);

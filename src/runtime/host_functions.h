@@ -1,5 +1,5 @@
 /// \file
-/// Every function that the host hands out, declared once. A name in this table is the name asked for.
+/// Every function that the host hands out, declared once. The text beside a member is the name asked for.
 #pragma once
 
 #include "abi/host_abi.h"
@@ -41,7 +41,7 @@ struct HostFunctions
 
     // Pictures
     /// (width, height, depth); with a reference.
-    HostFunction<REALpictureStruct*(int32_t, int32_t, int32_t)> newPicture{"newPicture"};
+    HostFunction<REALpictureStruct*(int32_t, int32_t, int32_t)> REALNewPicture{"newPicture"};
     /// With a reference.
     HostFunction<REALgraphicsStruct*(REALpictureStruct*)> pluginPictureGraphicsGetter{
         "pluginPictureGraphicsGetter"};
@@ -60,7 +60,7 @@ struct HostFunctions
 
     // Classes and properties
     /// The class of that name, or null; without a reference.
-    HostFunction<void*(const char*)> pluginObjectType{"pluginObjectType"};
+    HostFunction<void*(const char*)> REALGetClassRef{"pluginObjectType"};
     HostFunction<bool(REALobject, const char*, int32_t*)> REALGetPropValueInt{"REALGetPropValueInt"};
     HostFunction<bool(REALobject, const char*, int32_t)> REALSetPropValueInt{"REALSetPropValueInt"};
     HostFunction<bool(REALobject, const char*, uint32_t)> REALSetPropValueUInt32{"REALSetPropValueUInt32"};
@@ -99,9 +99,9 @@ struct HostFunctions
 
     // Memory blocks
     /// Size in bytes, zero-filled; with a reference.
-    HostFunction<REALmemoryBlockStruct*(int32_t)> newMemoryBlock{"newMemoryBlock"};
-    HostFunction<void*(REALmemoryBlockStruct*)> memoryBlockGetPtr{"memoryBlockGetPtr"};
-    HostFunction<int32_t(REALmemoryBlockStruct*)> memoryBlockGetSize{"memoryBlockGetSize"};
+    HostFunction<REALmemoryBlockStruct*(int32_t)> REALNewMemoryBlock{"newMemoryBlock"};
+    HostFunction<void*(REALmemoryBlockStruct*)> REALMemoryBlockGetPtr{"memoryBlockGetPtr"};
+    HostFunction<int32_t(REALmemoryBlockStruct*)> REALMemoryBlockGetSize{"memoryBlockGetSize"};
 };
 
 static_assert(sizeof(HostFunctions) == 38 * sizeof(HostFunction<void()>),
