@@ -42,23 +42,20 @@ QVR_INLINE inline void storeBytes(uint8_t* address, Bytes16 bytes)
 template <class Format>
 constexpr bool redFirst = Format::redShift < Format::blueShift;
 
-/// The two 4-byte formats have their bytes in opposite orders.
-void reverseWords(const uint8_t* source, uint8_t* destination, int32_t count, uint32_t kept)
+/// Between the two 4-byte formats.
+void reverseToArgb(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
-        storeWord(destination + i * 4, __builtin_bswap32(loadWord(source + i * 4)) & kept);
+    {
+        const uint32_t word = loadWord(source + i * 4);
+        storeWord(destination + i * 4, (__builtin_bswap32(word) & ARGB32::colourMask) |
+                                           BGRX32::alphaOf(word >> BGRX32::spareShift));
+    }
 }
-
-/// A pixel whose red, green and blue are bytes 1 to 3 of `colour`, as a word of the format, and back.
-template <class Format>
-uint32_t wordOfBytes(uint32_t colour)
+void reverseFromArgb(const uint8_t* source, uint8_t* destination, int32_t count)
 {
-    return redFirst<Format> ? colour | Format::spare : __builtin_bswap32(colour);
-}
-template <class Format>
-uint32_t bytesOfWord(uint32_t word)
-{
-    return redFirst<Format> ? word : __builtin_bswap32(word);
+    for (int32_t i = 0; i < count; ++i)
+        storeWord(destination + i * 4, BGRX32::fromArgb(loadWord(source + i * 4)));
 }
 
 /// From the 3-byte format, four pixels from three words at a time.
@@ -71,15 +68,15 @@ void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t first = loadWord(source);
         const uint32_t second = loadWord(source + 4);
         const uint32_t third = loadWord(source + 8);
-        storeWord(destination, wordOfBytes<Format>(first << 8));
-        storeWord(destination + 4, wordOfBytes<Format>((first >> 16 & 0xFF00U) | second << 16));
-        storeWord(destination + 8, wordOfBytes<Format>((second >> 8 & 0xFFFF00U) | third << 24));
-        storeWord(destination + 12, wordOfBytes<Format>(third & 0xFFFFFF00U));
+        storeWord(destination, Format::fromArgb(first << 8 | ARGB32::spare));
+        storeWord(destination + 4, Format::fromArgb((first >> 16 & 0xFF00U) | second << 16 | ARGB32::spare));
+        storeWord(destination + 8, Format::fromArgb((second >> 8 & 0xFFFF00U) | third << 24 | ARGB32::spare));
+        storeWord(destination + 12, Format::fromArgb((third & 0xFFFFFF00U) | ARGB32::spare));
     }
     for (; i < count; ++i, source += 3, destination += 4)
-        storeWord(destination, wordOfBytes<Format>(static_cast<uint32_t>(source[0]) << 8 |
-                                                   static_cast<uint32_t>(source[1]) << 16 |
-                                                   static_cast<uint32_t>(source[2]) << 24));
+        storeWord(destination, Format::fromArgb(ARGB32::spare | static_cast<uint32_t>(source[0]) << 8 |
+                                                static_cast<uint32_t>(source[1]) << 16 |
+                                                static_cast<uint32_t>(source[2]) << 24));
 }
 
 /// To the 3-byte format, three words from four pixels at a time.
@@ -89,17 +86,17 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
     int32_t i = 0;
     for (; i + 4 <= count; i += 4, source += 16, destination += 12)
     {
-        const uint32_t first = bytesOfWord<Format>(loadWord(source));
-        const uint32_t second = bytesOfWord<Format>(loadWord(source + 4));
-        const uint32_t third = bytesOfWord<Format>(loadWord(source + 8));
-        const uint32_t fourth = bytesOfWord<Format>(loadWord(source + 12));
+        const uint32_t first = Format::toArgb(loadWord(source));
+        const uint32_t second = Format::toArgb(loadWord(source + 4));
+        const uint32_t third = Format::toArgb(loadWord(source + 8));
+        const uint32_t fourth = Format::toArgb(loadWord(source + 12));
         storeWord(destination, first >> 8 | (second & 0xFF00U) << 16);
         storeWord(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
         storeWord(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
     }
     for (; i < count; ++i, source += 4, destination += 3)
     {
-        const uint32_t pixel = bytesOfWord<Format>(loadWord(source));
+        const uint32_t pixel = Format::toArgb(loadWord(source));
         destination[0] = static_cast<uint8_t>(pixel >> 8);
         destination[1] = static_cast<uint8_t>(pixel >> 16);
         destination[2] = static_cast<uint8_t>(pixel >> 24);
@@ -230,9 +227,23 @@ void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinat
         conversion::convert(sourceFormat == PixelFormatARGB32 ? conversion::compaction<ARGB32>
                                                               : conversion::compaction<BGRX32>,
                             source, destination, count, streamed);
+    else if (destinationFormat == PixelFormatBGRX32)
+        conversion::reverseFromArgb(source, destination, count);
     else
-        conversion::reverseWords(source, destination, count,
-                                 destinationFormat == PixelFormatBGRX32 ? BGRX32::colourMask : UINT32_MAX);
+        conversion::reverseToArgb(source, destination, count);
+}
+
+void copyColours(const PictureEditor& picture, int32_t row, int32_t column, int32_t count, uint32_t* colours)
+{
+    const uint8_t* const pixels =
+        picture.rowAddress(row) + static_cast<ptrdiff_t>(column) * picture.bytesPerPixel;
+    if (picture.pixelFormat == PixelFormatARGB32)
+        libc::memcpy(colours, pixels, static_cast<size_t>(count) * 4);
+    else
+        convertPixels(picture.pixelFormat, pixels, PixelFormatARGB32, reinterpret_cast<uint8_t*>(colours),
+                      count);
+    for (int32_t i = 0; i < count; ++i)
+        colours[i] &= ARGB32::colourMask;
 }
 
 } // namespace qvr

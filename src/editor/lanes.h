@@ -26,6 +26,10 @@ struct Lanes
     typedef double Doubles __attribute__((vector_size(Count * 8)));
 };
 
+/// The lanes that a vector type belongs to.
+template <class Vector>
+using LanesOf = Lanes<sizeof(Vector) / sizeof(Vector{}[0])>;
+
 /// Every Intel Mac and every Linux host has SSE2.
 using NarrowLanes = Lanes<4>;
 /// Used where the processor and the system offer AVX2.

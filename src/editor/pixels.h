@@ -52,10 +52,34 @@ struct WordFormat
     /// Where two neighbouring channels must agree with the two beside them for a pixel to be grey.
     static constexpr uint32_t greyMask = colourMask & colourMask >> 8;
 
+    /// A word of `ARGB32` whose alpha is 255, in this format as a writer stores it.
+    static constexpr uint32_t fromArgb(uint32_t argb)
+    {
+        return Code == PixelFormatARGB32 ? argb : __builtin_bswap32(argb) & colourMask;
+    }
+    /// A word of this format in `ARGB32`, its alpha anything.
+    static constexpr uint32_t toArgb(uint32_t word)
+    {
+        return Code == PixelFormatARGB32 ? word : __builtin_bswap32(word);
+    }
+
+    /// What the spare byte says of a pixel's alpha. In `BGRX32` it deliberately runs through 0 to 255 twice.
+    template <class Value>
+    QVR_INLINE static constexpr Value alphaOf(Value spareByte)
+    {
+        return Code == PixelFormatARGB32 ? spareByte : (spareByte * 2 & 254) | (spareByte & 1);
+    }
+
     /// A host colour in this format, its spare byte 0.
     static constexpr uint32_t wordOf(uint32_t colour)
     {
         return redOf(colour) << Red | greenOf(colour) << Green | blueOf(colour) << Blue;
+    }
+
+    /// The host colour of a word of this format.
+    static constexpr uint32_t colourOf(uint32_t word)
+    {
+        return (word >> Red & 255) << 16 | (word >> Green & 255) << 8 | (word >> Blue & 255);
     }
 
     static constexpr uint32_t maskOf(Channel channel)
@@ -68,37 +92,41 @@ using ARGB32 = WordFormat<PixelFormatARGB32, 8, 16, 24, 0x000000FF>;
 using BGRX32 = WordFormat<PixelFormatBGRX32, 16, 8, 0, 0>;
 
 /// Words that are stored as they are, spare byte included.
-template <class LaneType>
+template <class Words>
 struct RawWords
 {
-    typename LaneType::Words words;
+    Words words;
 };
+template <class Words>
+RawWords(Words) -> RawWords<Words>;
 
-/// Three channels of `LaneType::count` pixels, each value 0 to 255.
-template <class LaneType>
+/// Three channels of a vector of pixels, each value 0 to 255.
+template <class Integers>
 struct Channels
 {
-    using Integers = typename LaneType::Integers;
     Integers red;
     Integers green;
     Integers blue;
 };
+template <class Integers>
+Channels(Integers, Integers, Integers) -> Channels<Integers>;
 
 /// Three channels of any values; they are clamped to 0 to 255 when they are stored.
-template <class LaneType>
+template <class Integers>
 struct UnclampedChannels
 {
-    using Integers = typename LaneType::Integers;
     Integers red;
     Integers green;
     Integers blue;
 
     /// The low 8 bits instead of clamped values.
-    QVR_INLINE Channels<LaneType> lowBytes() const
+    QVR_INLINE Channels<Integers> lowBytes() const
     {
         return {red & 255, green & 255, blue & 255};
     }
 };
+template <class Integers>
+UnclampedChannels(Integers, Integers, Integers) -> UnclampedChannels<Integers>;
 
 /// `LaneType::count` pixels as words of one format; the spare byte holds anything.
 template <class FormatType, class LaneType>
@@ -108,6 +136,7 @@ struct Pixels
     using Lane = LaneType;
     using Words = typename Lane::Words;
     using Integers = typename Lane::Integers;
+    static constexpr int32_t count = Lane::count;
 
     Words words;
 
@@ -124,10 +153,10 @@ struct Pixels
         return channel<Format::blueShift>();
     }
 
-    /// The byte beside the colour: alpha in `ARGB32`.
-    QVR_INLINE Integers spareByte() const
+    /// How opaque the pixels are, 0 to 255.
+    QVR_INLINE Integers alpha() const
     {
-        return channel<Format::spareShift>();
+        return Format::alphaOf(channel<Format::spareShift>());
     }
 
     /// The words with 0 in the spare byte.
@@ -148,8 +177,8 @@ struct Pixels
         return colours() == Words{} + Format::wordOf(colour);
     }
 
-    /// Pixels of one host colour.
-    QVR_INLINE static Pixels of(uint32_t colour)
+    /// As many pixels of one host colour.
+    QVR_INLINE Pixels withColour(uint32_t colour) const
     {
         return {Words{} + Format::wordOf(colour)};
     }
@@ -166,19 +195,11 @@ struct Pixels
         return {(words & ~mask) | (others.words & mask)};
     }
 
-    /// Channel by channel the larger of two values.
-    QVR_INLINE static Pixels larger(Pixels first, Pixels second)
+    /// The pixels with other values (0 to 255) in the byte that comes first in memory, whatever the format
+    /// keeps there.
+    QVR_INLINE RawWords<Words> withFirstByte(Integers values) const
     {
-        typedef uint8_t Bytes __attribute__((vector_size(sizeof(Words))));
-        return {reinterpret_cast<Words>(__builtin_elementwise_max(reinterpret_cast<Bytes>(first.words),
-                                                                  reinterpret_cast<Bytes>(second.words)))};
-    }
-
-    /// Lane by lane `first` where `mask` is -1 and `second` where it is 0.
-    QVR_INLINE static Pixels select(Integers mask, Pixels first, Pixels second)
-    {
-        const auto chosen = reinterpret_cast<Words>(mask);
-        return {(first.words & chosen) | (second.words & ~chosen)};
+        return {(words & ~255U) | reinterpret_cast<Words>(values)};
     }
 
     // What a writer stores: the colour as it is, with the format's spare byte.
@@ -187,15 +208,15 @@ struct Pixels
     {
         return result.colours() | Format::spare;
     }
-    QVR_INLINE static Words stored(RawWords<Lane> result)
+    QVR_INLINE static Words stored(RawWords<Words> result)
     {
         return result.words;
     }
-    QVR_INLINE static Words stored(const Channels<Lane>& result)
+    QVR_INLINE static Words stored(const Channels<Integers>& result)
     {
         return pack(result.red, result.green, result.blue) | Format::spare;
     }
-    QVR_INLINE static Words stored(const UnclampedChannels<Lane>& result)
+    QVR_INLINE static Words stored(const UnclampedChannels<Integers>& result)
     {
         if constexpr (Lane::count == NarrowLanes::count)
             return packSaturated(result);
@@ -223,7 +244,7 @@ private:
     }
 
     /// SSE2 has no minimum of 32-bit integers, but its packing instructions saturate.
-    QVR_INLINE static Words packSaturated(const UnclampedChannels<Lane>& result)
+    QVR_INLINE static Words packSaturated(const UnclampedChannels<Integers>& result)
     {
         typedef int16_t Halves __attribute__((vector_size(16)));
         typedef char Bytes __attribute__((vector_size(16)));
@@ -243,6 +264,25 @@ private:
             __builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
     }
 };
+
+/// Lane by lane `first` where `mask` is -1 and `second` where it is 0.
+template <class Format, class Lane>
+QVR_INLINE inline Pixels<Format, Lane> select(typename Lane::Integers mask, Pixels<Format, Lane> first,
+                                              Pixels<Format, Lane> second)
+{
+    const auto chosen = reinterpret_cast<typename Lane::Words>(mask);
+    return {(first.words & chosen) | (second.words & ~chosen)};
+}
+
+/// Channel by channel the larger of two values.
+template <class Format, class Lane>
+QVR_INLINE inline Pixels<Format, Lane> larger(Pixels<Format, Lane> first, Pixels<Format, Lane> second)
+{
+    using Words = typename Lane::Words;
+    typedef uint8_t Bytes __attribute__((vector_size(sizeof(Words))));
+    return {reinterpret_cast<Words>(__builtin_elementwise_max(reinterpret_cast<Bytes>(first.words),
+                                                              reinterpret_cast<Bytes>(second.words)))};
+}
 
 /// The colour of one pixel inside the picture, as a host colour.
 uint32_t colourAt(const PictureEditor& picture, int32_t x, int32_t y);

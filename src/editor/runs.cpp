@@ -105,6 +105,11 @@ bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& bloc
 namespace qvr
 {
 
+bool sameWordFormat(const PictureEditor& first, const PictureEditor& second)
+{
+    return first.pixelFormat == second.pixelFormat && first.bytesPerPixel == 4;
+}
+
 bool isStreamedSize(int64_t bytes)
 {
     constexpr int64_t smallestStreamed = 4 << 20;

@@ -46,6 +46,9 @@ Block blockOf(const PictureEditor& picture, const Rectangle& rectangle);
 /// The block's columns that lie inside the rows of `picture`; none when it has no rows.
 int32_t columnsWithin(const PictureEditor& picture, const Block& block);
 
+/// Whether both pictures have one 4-byte format.
+bool sameWordFormat(const PictureEditor& first, const PictureEditor& second);
+
 /// Whether so many bytes are better stored around the cache: they would not stay in it, and storing that way
 /// saves reading the destination first.
 bool isStreamedSize(int64_t bytes);
@@ -89,5 +92,8 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
 /// along. `streamed` stores to or from the 3-byte format around the cache.
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
                    uint8_t* destination, int32_t count, bool streamed = false);
+
+/// The colours of `count` pixels of row `row`, from `column` on, as `ARGB32` words whose spare byte is 0.
+void copyColours(const PictureEditor& picture, int32_t row, int32_t column, int32_t count, uint32_t* colours);
 
 } // namespace qvr

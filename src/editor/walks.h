@@ -1,9 +1,8 @@
 /// \file
 /// The walks that operations are made of: a handler gives the formula of one pixel and gets the whole method.
 ///
-/// A formula is a generic lambda marked `QVR_INLINE`. It is called with a vector of pixels of each picture
-/// read
-/// (`Pixels<Format, Lane>`) and returns what its walk asks for, lane by lane.
+/// A formula is a generic lambda. It is called with a vector of pixels (`Pixels`) of each picture read and
+/// returns what its walk asks for, lane by lane. Work that is not done lane by lane has walks over words.
 #pragma once
 
 #include "editor/runs.h"
@@ -244,16 +243,104 @@ struct MarkRun
     }
 };
 
-/// Hands every run to a function object as it is.
-template <class Function>
-struct PlainRun
+/// Looks for the first pixel that passes.
+template <class Formula>
+struct FindRun
 {
-    const Function& function;
+    const Formula& passes;
+    int32_t& foundColumn;
 
     template <class Format, class Lane>
     QVR_INLINE bool visit(const Run& run) const
     {
-        function(Format(), run);
+        using Loop = RunLoop<Format, Lane>;
+        // As in TestRun.
+        constexpr int32_t testedTogether = 4 * Lane::count;
+
+        const uint8_t* pixels = run.sources[0];
+        int32_t index = 0;
+        for (; index + testedTogether <= run.count; index += testedTogether)
+        {
+            typename Loop::Integers found{};
+            for (int32_t i = 0; i < testedTogether; i += Lane::count)
+                found |= passes(Loop::load(pixels + (index + i) * 4));
+            if (Loop::any(found))
+                break;
+        }
+        for (; index < run.count; index += Lane::count)
+        {
+            const int32_t count = minimum(Lane::count, run.count - index);
+            const uint32_t found =
+                Loop::bitsOf(passes(Loop::loadSome(pixels + index * 4, count)) & Loop::firstLanes(count));
+            if (found == 0)
+                continue;
+            foundColumn = run.column + index + __builtin_ctz(found);
+            return false;
+        }
+        return true;
+    }
+};
+
+inline uint32_t loadWord(const uint8_t* address)
+{
+    uint32_t word = 0;
+    __builtin_memcpy(&word, address, sizeof word);
+    return word;
+}
+
+/// Stores the function's value of every word.
+template <class Function>
+struct MapWordsRun
+{
+    const Function& mapped;
+
+    template <class Format, class Lane>
+    bool visit(const Run& sharedRun) const
+    {
+        // A copy of its own, as in MapRun.
+        const Run run = sharedRun;
+        const auto wordAt = [&](int32_t index) {
+            return Format::fromArgb(mapped(Format::toArgb(loadWord(run.sources[0] + index * 4))));
+        };
+        if (run.streamed && reinterpret_cast<uintptr_t>(run.destination) % 4 == 0)
+            for (int32_t index = 0; index < run.count; ++index)
+                __builtin_nontemporal_store(wordAt(index),
+                                            reinterpret_cast<uint32_t*>(run.destination) + index);
+        else
+            for (int32_t index = 0; index < run.count; ++index)
+            {
+                const uint32_t word = wordAt(index);
+                __builtin_memcpy(run.destination + index * 4, &word, sizeof word);
+            }
+        return true;
+    }
+};
+
+/// Hands out the words, where they lie or from a buffer.
+template <class Function>
+struct WordsRun
+{
+    const Function& function;
+
+    template <class Format, class Lane>
+    bool visit(const Run& run) const
+    {
+        constexpr int32_t bufferedWords = 256;
+
+        const uint8_t* pixels = run.sources[0];
+        if (Format::code == PixelFormatARGB32 && reinterpret_cast<uintptr_t>(pixels) % 4 == 0)
+        {
+            function(reinterpret_cast<const uint32_t*>(pixels), run.count, run.row, run.column);
+            return true;
+        }
+        uint32_t words[bufferedWords];
+        for (int32_t done = 0; done < run.count; done += bufferedWords)
+        {
+            const int32_t count = minimum(bufferedWords, run.count - done);
+            for (int32_t i = 0; i < count; ++i)
+                words[i] = Format::toArgb(loadWord(pixels + (done + i) * 4));
+            function(words, count, run.row, run.column + done);
+        }
         return true;
     }
 };
@@ -270,12 +357,19 @@ QVR_WIDE_TARGET bool visitWide(const void* visitor, const Run& run)
     return static_cast<const Visitor*>(visitor)->template visit<Format, WideLanes>(run);
 }
 
+/// A visitor that does not work lane by lane, or must do with the narrow ones.
+template <class Visitor>
+RunVisitor narrowVisitor(const Visitor& visitor)
+{
+    return {&visitor, visitNarrow<Visitor, ARGB32>, visitNarrow<Visitor, BGRX32>};
+}
+
 template <class Visitor>
 RunVisitor runVisitor(const Visitor& visitor)
 {
     if (wideLanesAvailable())
         return {&visitor, visitWide<Visitor, ARGB32>, visitWide<Visitor, BGRX32>};
-    return {&visitor, visitNarrow<Visitor, ARGB32>, visitNarrow<Visitor, BGRX32>};
+    return narrowVisitor(visitor);
 }
 
 } // namespace detail
@@ -332,17 +426,38 @@ void markPixels(const PictureReader& reader, const Block& block, const Formula& 
     visitRuns(detail::runVisitor(visitor), block, &source, 1, nullptr);
 }
 
-/// Calls `function(format, run)` for the block's runs, for work that is not done lane by lane; `format` is
-/// `ARGB32` or `BGRX32`. `destination` is null in a walk that only reads.
-template <class Function>
-void forEachRun(const PictureReader& reader, const PictureEditor* destination, const Block& block,
-                const Function& function)
+/// The first column, from `column` on, of row `row` whose pixel passes; the picture's width when none does.
+/// The formula is that of `allPixels`.
+template <class Formula>
+int32_t findPixel(const PictureReader& reader, int32_t row, int32_t column, const Formula& passes)
 {
-    const detail::PlainRun<Function> visitor{function};
+    int32_t found = reader.width - column;
     const PictureEditor* const source = &reader;
-    visitRuns({&visitor, detail::visitNarrow<detail::PlainRun<Function>, ARGB32>,
-               detail::visitNarrow<detail::PlainRun<Function>, BGRX32>},
-              block, &source, 1, destination);
+    const detail::FindRun<Formula> visitor{passes, found};
+    visitRuns(detail::runVisitor(visitor),
+              {column * reader.bytesPerPixel, reader.width - column, row, row + 1}, &source, 1, nullptr);
+    return column + found;
+}
+
+/// Calls `function(words, count, row, column)` for the pixels of the block, as many at a time as lie side by
+/// side: `words` are aligned, in `ARGB32` with anything as alpha, and start at that row of the picture and
+/// that column of the block.
+template <class Function>
+void forEachWords(const PictureReader& reader, const Block& block, const Function& function)
+{
+    const PictureEditor* const source = &reader;
+    const detail::WordsRun<Function> visitor{function};
+    visitRuns(detail::narrowVisitor(visitor), block, &source, 1, nullptr);
+}
+
+/// Writes `mapped(word)` for every pixel of the block: a word in `ARGB32` for another, whose alpha is 255.
+template <class Function>
+void mapWords(const PictureWriter& writer, const Block& block, const Function& mapped,
+              const PictureReader& reader)
+{
+    const PictureEditor* const source = &reader;
+    const detail::MapWordsRun<Function> visitor{mapped};
+    visitRuns(detail::narrowVisitor(visitor), block, &source, 1, &writer);
 }
 
 /// A new picture in which the pixels of `blockFor(reader)` have the formula's values of the picture's pixels;

@@ -44,26 +44,16 @@ double* tableEntry(REALobjectStruct* self, uint32_t r, uint32_t g, uint32_t b, u
     return &instanceData<Lut3DClassData>(self, pictureLut3DClass).cube[r][g][b][x];
 }
 
-/// One node of the cube. The load reaches one double past it, which is inside the cube for every node in use.
-QVR_INLINE inline Node nodeAt(const uint8_t* address)
-{
-    Node node;
-    __builtin_memcpy(&node, address, sizeof node);
-    return node;
-}
-
 /// The corners of the tetrahedra around some pixels' colours, and their weights, lane by lane.
 ///
 /// A tetrahedron is the way from the lower node to the upper one along the axes, the largest fraction first.
 /// An axis is one integer, its fraction in the upper half and the stride to its next node in the lower, so
 /// that exchanging larger and smaller sorts all of it without a branch.
-template <class Lane>
+template <class Integers>
 class Tetrahedra
 {
 public:
-    using Integers = typename Lane::Integers;
-
-    QVR_INLINE Tetrahedra(Integers red, Integers green, Integers blue)
+    Tetrahedra(Integers red, Integers green, Integers blue)
     {
         const Integers redNode = lowerNode(red);
         const Integers greenNode = lowerNode(green);
@@ -95,7 +85,7 @@ public:
     }
 
     /// The output levels of the pixel in one lane: bytes red, green, blue and one that is not used.
-    QVR_INLINE uint32_t levels(const uint8_t* cube, int32_t lane) const
+    uint32_t levels(const uint8_t* cube, int32_t lane) const
     {
         // Summed from the lower node on: the order decides the last bit.
         return bytesOf(((weighted(cube, lane, 0) + weighted(cube, lane, 1)) + weighted(cube, lane, 2)) +
@@ -108,23 +98,23 @@ private:
     static constexpr int32_t strideMask = 0xFFFF;
 
     /// `level / 17` for levels up to 255.
-    QVR_INLINE static Integers lowerNode(Integers level)
+    static Integers lowerNode(Integers level)
     {
         return (level * 241) >> 12;
     }
 
     /// Level 255 is the last node in use exactly, and has no next one.
-    QVR_INLINE static Integers axis(Integers rest, Integers rank, Integers level, int32_t stride)
+    static Integers axis(Integers rest, Integers rank, Integers level, int32_t stride)
     {
         return (rest << restShift) | (rank << rankShift) | ((level < 255) & stride);
     }
 
-    QVR_INLINE static Integers weightOffset(Integers larger, Integers smaller)
+    static Integers weightOffset(Integers larger, Integers smaller)
     {
         return (larger * WeightTable::rowEntries + smaller) * static_cast<int32_t>(sizeof(double));
     }
 
-    QVR_INLINE Node weighted(const uint8_t* cube, int32_t lane, int32_t corner) const
+    Node weighted(const uint8_t* cube, int32_t lane, int32_t corner) const
     {
         double weight = 0;
         __builtin_memcpy(&weight,
@@ -137,18 +127,18 @@ private:
     }
 
     /// Through memory, which is faster than taking lanes out of registers one by one.
-    QVR_INLINE static int32_t laneOf(const Integers& integers, int32_t lane)
+    static int32_t laneOf(const Integers& integers, int32_t lane)
     {
         int32_t value = 0;
         __builtin_memcpy(&value, reinterpret_cast<const uint8_t*>(&integers) + lane * 4, sizeof value);
         return value;
     }
 
-    QVR_INLINE static uint32_t bytesOf(Node sum)
+    static uint32_t bytesOf(Node sum)
     {
         typedef int16_t Halves __attribute__((vector_size(16)));
         typedef uint32_t Words __attribute__((vector_size(16)));
-        const auto levels = truncateToBytes<NarrowLanes>(sum);
+        const auto levels = truncateToBytes(sum);
         const Halves halves = __builtin_ia32_packssdw128(levels, levels);
         return reinterpret_cast<Words>(__builtin_ia32_packuswb128(halves, halves))[0];
     }
@@ -175,17 +165,15 @@ signed char Run(REALobjectStruct* self)
     auto& data = instanceData<Lut3DClassData>(self, pictureLut3DClass);
     releasePicture(data.DestinationPicture);
     const auto* const cube = reinterpret_cast<const uint8_t*>(data.cube);
-    data.DestinationPicture = filterPicture(
-        data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [cube](auto pixels) QVR_INLINE {
-            using Lane = typename decltype(pixels)::Lane;
-            using Integers = typename Lane::Integers;
-            const Tetrahedra<Lane> tetrahedra(pixels.red(), pixels.green(), pixels.blue());
-            uint32_t levels[Lane::count];
-            for (int32_t lane = 0; lane < Lane::count; ++lane)
+    data.DestinationPicture =
+        filterPicture(data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [cube](auto pixels) {
+            const Tetrahedra tetrahedra(pixels.red(), pixels.green(), pixels.blue());
+            uint32_t levels[decltype(pixels)::count];
+            for (int32_t lane = 0; lane < pixels.count; ++lane)
                 levels[lane] = tetrahedra.levels(cube, lane);
-            Integers packed;
+            decltype(pixels.red()) packed;
             __builtin_memcpy(&packed, levels, sizeof packed);
-            return Channels<Lane>{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
+            return Channels{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
         });
     return data.DestinationPicture != nullptr ? 1 : 0;
 }

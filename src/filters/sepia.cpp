@@ -46,11 +46,10 @@ signed char Run(REALobjectStruct* self)
     const auto greenOffset = static_cast<uint32_t>(data.SepiaGreen);
     const auto blueOffset = static_cast<uint32_t>(data.SepiaBlue);
 
-    REALpictureStruct* const result = filterPicture(
-        data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [=](auto pixels) QVR_INLINE {
-            using Lane = typename decltype(pixels)::Lane;
-            using Words = typename Lane::Words;
-            using Integers = typename Lane::Integers;
+    REALpictureStruct* const result =
+        filterPicture(data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [=](auto pixels) {
+            using Words = decltype(pixels.words);
+            using Integers = decltype(pixels.red());
             // Unsigned, since sums and products may wrap.
             const auto sum =
                 reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
@@ -58,9 +57,9 @@ signed char Run(REALobjectStruct* self)
                                            reinterpret_cast<Words>(pixels.red()) * redWeight);
             // A shift rounds down; negative sums are to be rounded towards zero.
             const auto grey = reinterpret_cast<Words>((sum + ((sum >> 31) & 1023)) >> 10);
-            return UnclampedChannels<Lane>{reinterpret_cast<Integers>(grey + redOffset),
-                                           reinterpret_cast<Integers>(grey + greenOffset),
-                                           reinterpret_cast<Integers>(grey + blueOffset)};
+            return UnclampedChannels{reinterpret_cast<Integers>(grey + redOffset),
+                                     reinterpret_cast<Integers>(grey + greenOffset),
+                                     reinterpret_cast<Integers>(grey + blueOffset)};
         });
     if (result == nullptr)
         return 0;

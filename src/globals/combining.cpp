@@ -28,8 +28,9 @@ REALpictureStruct* CombinePicturesQVR(REALpictureStruct* red, REALpictureStruct*
         return nullptr;
     mapBlock(
         writer, wholeBlock(redReader),
-        [](auto reds, auto greens, auto blues)
-            QVR_INLINE { return reds.withChannel(Channel::Green, greens).withChannel(Channel::Blue, blues); },
+        [](auto reds, auto greens, auto blues) {
+            return reds.withChannel(Channel::Green, greens).withChannel(Channel::Blue, blues);
+        },
         redReader, greenReader, blueReader);
     return writer.RenderPictureWriter();
 }
@@ -39,12 +40,12 @@ REALpictureStruct* MergePicture(REALpictureStruct* source1, REALpictureStruct* s
     PictureReader reader1;
     PictureReader reader2;
     PictureWriter writer;
-    if (source1 == nullptr || source2 == nullptr || !reader1.open(source1) || !reader2.open(source2) ||
-        !sameSize(reader1, reader2) || !writer.openNew(reader1.width, reader1.height))
+    if (!reader1.open(source1) || !reader2.open(source2) || !sameSize(reader1, reader2) ||
+        !writer.openNew(reader1.width, reader1.height))
         return nullptr;
     mapBlock(
-        writer, wholeBlock(reader1),
-        [](auto first, auto second) QVR_INLINE { return first.larger(first, second); }, reader1, reader2);
+        writer, wholeBlock(reader1), [](auto first, auto second) { return larger(first, second); }, reader1,
+        reader2);
     return writer.RenderPictureWriter();
 }
 

@@ -20,7 +20,7 @@ typedef long long Pairs __attribute__((vector_size(16)));
 constexpr int32_t vectorBytes = 16;
 
 template <class Vector>
-QVR_INLINE inline Vector loadVector(const uint8_t* address)
+inline Vector loadVector(const uint8_t* address)
 {
     Vector vector;
     __builtin_memcpy(&vector, address, sizeof vector);
@@ -57,7 +57,7 @@ struct ByteSamples
     {
         return static_cast<int8_t>(byteAt(sample) ^ Flip);
     }
-    QVR_INLINE static void add(const uint8_t* samples, Sums& positive, Sums& negative)
+    static void add(const uint8_t* samples, Sums& positive, Sums& negative)
     {
         const Bytes values = loadVector<Bytes>(samples) ^ Flip;
         const auto isNegative = reinterpret_cast<Bytes>(values > SCHAR_MAX);
@@ -67,7 +67,7 @@ struct ByteSamples
     }
 
 private:
-    QVR_INLINE static Sums sumOfBytes(Bytes values)
+    static Sums sumOfBytes(Bytes values)
     {
         typedef char Chars __attribute__((vector_size(16)));
         return reinterpret_cast<Sums>(
@@ -85,7 +85,7 @@ struct HalfSamples
     {
         return static_cast<int16_t>(halfAt(sample) ^ Flip);
     }
-    QVR_INLINE static void add(const uint8_t* samples, Sums& positive, Sums& negative)
+    static void add(const uint8_t* samples, Sums& positive, Sums& negative)
     {
         const Halves values = loadVector<Halves>(samples) ^ static_cast<int16_t>(Flip);
         const Halves ones = Halves{} + static_cast<int16_t>(1);

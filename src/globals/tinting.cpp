@@ -29,14 +29,12 @@ REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uin
 {
     const Weights greyWeights(greyBase);
     const Weights tint(sepiaBase);
-    return mapPicture(source, [greyWeights, tint](auto pixels) QVR_INLINE {
-        using Lane = LaneOf<decltype(pixels)>;
-        const auto grey = (toDoubles<Lane>(pixels.red()) * greyWeights.red +
-                           toDoubles<Lane>(pixels.green()) * greyWeights.green) +
-                          toDoubles<Lane>(pixels.blue()) * greyWeights.blue;
-        return Channels<Lane>{truncateToBytes<Lane>(grey * tint.red),
-                              truncateToBytes<Lane>(grey * tint.green),
-                              truncateToBytes<Lane>(grey * tint.blue)};
+    return mapPicture(source, [greyWeights, tint](auto pixels) {
+        const auto grey =
+            (toDoubles(pixels.red()) * greyWeights.red + toDoubles(pixels.green()) * greyWeights.green) +
+            toDoubles(pixels.blue()) * greyWeights.blue;
+        return Channels{truncateToBytes(grey * tint.red), truncateToBytes(grey * tint.green),
+                        truncateToBytes(grey * tint.blue)};
     });
 }
 

@@ -143,16 +143,14 @@ public:
 
     void draw(const PictureWriter& writer, int32_t rows, uint32_t backColour, uint32_t foreColour) const
     {
-        drawPicture(writer, columnCount, rows,
-                    [=, this](auto pixels, int32_t row, int32_t column) QVR_INLINE {
-                        using PixelVector = decltype(pixels);
-                        typename PixelVector::Integers firstRows;
-                        typename PixelVector::Integers lastRows;
-                        __builtin_memcpy(&firstRows, first.get() + column, sizeof firstRows);
-                        __builtin_memcpy(&lastRows, last.get() + column, sizeof lastRows);
-                        return PixelVector::select((firstRows <= row) & (lastRows >= row),
-                                                   PixelVector::of(foreColour), PixelVector::of(backColour));
-                    });
+        drawPicture(writer, columnCount, rows, [=, this](auto pixels, int32_t row, int32_t column) {
+            decltype(pixels.red()) firstRows;
+            decltype(firstRows) lastRows;
+            __builtin_memcpy(&firstRows, first.get() + column, sizeof firstRows);
+            __builtin_memcpy(&lastRows, last.get() + column, sizeof lastRows);
+            return select((firstRows <= row) & (lastRows >= row), pixels.withColour(foreColour),
+                          pixels.withColour(backColour));
+        });
     }
 
 private:

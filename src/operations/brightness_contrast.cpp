@@ -1,7 +1,7 @@
 #include "operations/brightness_contrast.h"
 
-#include "editor/real_lanes.h"
 #include "editor/walks.h"
+#include "operations/single_line.h"
 
 namespace qvr::brightnessContrast
 {
@@ -18,7 +18,7 @@ struct Contrast
     {
     }
     template <class Value>
-    QVR_INLINE Value operator()(Value value) const
+    Value operator()(Value value) const
     {
         return (value - 127.0) * factor + 127.0;
     }
@@ -28,7 +28,7 @@ struct Contrast
 struct AbsoluteBrightness
 {
     template <class Value>
-    QVR_INLINE Value operator()(Value value) const
+    Value operator()(Value value) const
     {
         return value + brightness;
     }
@@ -38,7 +38,7 @@ struct AbsoluteBrightness
 struct Line
 {
     template <class Value>
-    QVR_INLINE Value operator()(Value value) const
+    Value operator()(Value value) const
     {
         return value * scale + offset;
     }
@@ -58,7 +58,7 @@ template <class Second>
 struct ContrastThen
 {
     template <class Value>
-    QVR_INLINE Value operator()(Value value) const
+    Value operator()(Value value) const
     {
         return second(contrast(value));
     }
@@ -75,52 +75,57 @@ struct PerChannel
     Formula blue;
 };
 
-/// Whether every channel value gives a value that fits 32 bits when truncated. Every step of a formula is
-/// monotonic in the channel, so its two ends bound it, and a NaN or infinity inside shows at an end.
+/// The formula as it is: in doubles.
 template <class Formula>
-bool alwaysFitsInt32(const PerChannel<Formula>& formulas)
+struct InDoubles
 {
-    const Formula channels[] = {formulas.red, formulas.green, formulas.blue};
-    for (const Formula& formula : channels)
-        if (!fitsInt32(formula(0.0)) || !fitsInt32(formula(255.0)))
-            return false;
-    return true;
+    template <class Integers>
+    Integers operator()(Integers channel) const
+    {
+        return truncateAny(formula(toDoubles(channel)));
+    }
+    Formula formula;
+};
+
+/// A new picture of the functions' values; `finish` turns them into what is stored.
+template <class Function, class Finish>
+REALpictureStruct* mapChannels(const PictureReader& reader, PictureWriter& writer,
+                               const PerChannel<Function>& functions, Finish finish)
+{
+    mapBlock(
+        writer, wholeBlock(reader),
+        [functions, finish](auto pixels) {
+            return finish(UnclampedChannels{functions.red(pixels.red()), functions.green(pixels.green()),
+                                            functions.blue(pixels.blue())});
+        },
+        reader);
+    return writer.RenderPictureWriter();
 }
 
-/// A pixel's three values truncated to integers; `truncate` is the conversion.
-template <class PixelVector, class Formula, class Truncate>
-QVR_INLINE inline auto truncatedValues(PixelVector pixels, const PerChannel<Formula>& formulas,
-                                       const Truncate& truncate)
+/// A new picture of the formulas' truncated values, stored as `Finish` says.
+template <class Finish, class Formula>
+REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<Formula>& formulas)
 {
-    using Lane = LaneOf<PixelVector>;
-    return UnclampedChannels<Lane>{truncate(formulas.red(toDoubles<Lane>(pixels.red()))),
-                                   truncate(formulas.green(toDoubles<Lane>(pixels.green()))),
-                                   truncate(formulas.blue(toDoubles<Lane>(pixels.blue())))};
-}
+    // In smaller pictures looking for lines takes longer than it saves.
+    constexpr int32_t fewestPixels = 4096;
 
-/// A new picture from the truncated values; `finish` turns them into what is stored.
-template <class Formula, class Finish>
-REALpictureStruct* mapTruncated(REALpictureStruct* picture, const PerChannel<Formula>& formulas,
-                                const Finish& finish)
-{
-    // In the common case nothing has to be looked at before the conversion.
-    if (alwaysFitsInt32(formulas))
-        return mapPicture(picture, [formulas, finish](auto pixels) QVR_INLINE {
-            using Lane = LaneOf<decltype(pixels)>;
-            return finish(truncatedValues(
-                pixels, formulas, [](auto values) QVR_INLINE { return truncateFitting<Lane>(values); }));
-        });
-    return mapPicture(picture, [formulas, finish](auto pixels) QVR_INLINE {
-        using Lane = LaneOf<decltype(pixels)>;
-        return finish(truncatedValues(pixels, formulas,
-                                      [](auto values) QVR_INLINE { return truncateAny<Lane>(values); }));
-    });
+    PictureReader reader;
+    PictureWriter writer;
+    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
+        return nullptr;
+    PerChannel<SingleLine> lines;
+    if (reader.width * reader.height >= fewestPixels && findLine<Finish>(formulas.red, lines.red) &&
+        findLine<Finish>(formulas.green, lines.green) && findLine<Finish>(formulas.blue, lines.blue))
+        return mapChannels(reader, writer, lines, Finish());
+    return mapChannels(reader, writer,
+                       PerChannel<InDoubles<Formula>>{{formulas.red}, {formulas.green}, {formulas.blue}},
+                       Finish());
 }
 
 template <class Formula>
 REALpictureStruct* mapClamped(REALpictureStruct* picture, const PerChannel<Formula>& formulas)
 {
-    return mapTruncated(picture, formulas, [](auto values) QVR_INLINE { return values; });
+    return mapTruncated<Clamped>(picture, formulas);
 }
 
 } // namespace
@@ -178,7 +183,7 @@ REALpictureStruct* LinBrightnessPicture3(REALpictureStruct* picture, double brig
     const PerChannel<Line> lines{linearBrightness(brightnessRed), linearBrightness(brightnessGreen),
                                  linearBrightness(brightnessBlue)};
     // Deliberately not clamped, unlike the rest of the family.
-    return mapTruncated(picture, lines, [](auto values) QVR_INLINE { return values.lowBytes(); });
+    return mapTruncated<LowBytes>(picture, lines);
 }
 
 REALpictureStruct* LinBrightnessPicture1(REALpictureStruct* picture, double brightness)

@@ -27,8 +27,8 @@ REALpictureStruct* replaceChannel(REALpictureStruct* self, REALpictureStruct* ch
         return nullptr;
     mapBlock(
         writer, wholeBlock(selfReader),
-        [channel](auto pixels, auto others) QVR_INLINE { return pixels.withChannel(channel, others); },
-        selfReader, channelReader);
+        [channel](auto pixels, auto others) { return pixels.withChannel(channel, others); }, selfReader,
+        channelReader);
     return writer.RenderPictureWriter();
 }
 

@@ -11,21 +11,21 @@ int32_t CountColorQVR(REALpictureStruct* picture, uint32_t colour)
     PictureReader reader;
     if (!reader.open(picture))
         return 0;
-    return countPixels(reader, [colour](auto pixels) QVR_INLINE { return pixels.matches(colour); });
+    return countPixels(reader, [colour](auto pixels) { return pixels.matches(colour); });
 }
 
 REALpictureStruct* ReplaceColorQVR(REALpictureStruct* picture, uint32_t search, uint32_t replacement)
 {
-    return mapPicture(picture, [search, replacement](auto pixels) QVR_INLINE {
-        return pixels.select(pixels.matches(search), pixels.of(replacement), pixels);
+    return mapPicture(picture, [search, replacement](auto pixels) {
+        return select(pixels.matches(search), pixels.withColour(replacement), pixels);
     });
 }
 
 REALpictureStruct* ExtractColorQVR(REALpictureStruct* picture, uint32_t search, uint32_t replacement,
                                    uint32_t background)
 {
-    return mapPicture(picture, [search, replacement, background](auto pixels) QVR_INLINE {
-        return pixels.select(pixels.matches(search), pixels.of(replacement), pixels.of(background));
+    return mapPicture(picture, [search, replacement, background](auto pixels) {
+        return select(pixels.matches(search), pixels.withColour(replacement), pixels.withColour(background));
     });
 }
 
@@ -53,22 +53,18 @@ void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const 
 {
     const auto* const bytes = reinterpret_cast<const uint8_t*>(mask.row(0));
     const int32_t bytesPerRow = mask.bytesPerRow();
-    drawPicture(writer, width, height,
-                [bytes, bytesPerRow](auto pixels, int32_t row, int32_t column) QVR_INLINE {
-                    using PixelVector = decltype(pixels);
-                    using Words = typename PixelVector::Words;
-                    Words laneBits{};
-                    for (int32_t i = 0; i < PixelVector::Lane::count; ++i)
-                        laneBits[i] = 1U << i;
-                    // Little-endian bytes, so that any bit can come first; the row's spare word keeps the
-                    // load inside.
-                    uint32_t bits = 0;
-                    __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8,
-                                     sizeof bits);
-                    const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
-                    return PixelVector::select(covered != Words{}, PixelVector::of(0x000000),
-                                               PixelVector::of(0xFFFFFF));
-                });
+    drawPicture(writer, width, height, [bytes, bytesPerRow](auto pixels, int32_t row, int32_t column) {
+        using Words = decltype(pixels.words);
+        Words laneBits{};
+        for (int32_t i = 0; i < pixels.count; ++i)
+            laneBits[i] = 1U << i;
+        // Little-endian bytes, so that any bit can come first; the row's spare word keeps the
+        // load inside.
+        uint32_t bits = 0;
+        __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8, sizeof bits);
+        const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
+        return select(covered != Words{}, pixels.withColour(0x000000), pixels.withColour(0xFFFFFF));
+    });
 }
 
 } // namespace

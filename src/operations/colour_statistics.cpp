@@ -28,12 +28,11 @@ struct Histograms
     uint32_t green[2][levels];
     uint32_t blue[2][levels];
 
-    template <class Format>
-    QVR_INLINE void count(int32_t copy, uint32_t word)
+    void count(int32_t copy, uint32_t word)
     {
-        ++red[copy][word >> Format::redShift & 255];
-        ++green[copy][word >> Format::greenShift & 255];
-        ++blue[copy][word >> Format::blueShift & 255];
+        ++red[copy][word >> ARGB32::redShift & 255];
+        ++green[copy][word >> ARGB32::greenShift & 255];
+        ++blue[copy][word >> ARGB32::blueShift & 255];
     }
 };
 
@@ -68,7 +67,6 @@ struct HeldTable
 
 /// The three tables with their bytes moved to the channels' places, so that a pixel is the sum of three
 /// entries.
-template <class Format>
 struct PlacedTables
 {
     uint32_t red[levels];
@@ -79,16 +77,16 @@ struct PlacedTables
     {
         for (int32_t level = 0; level < levels; ++level)
         {
-            red[level] = static_cast<uint32_t>(redTable[level]) << Format::redShift | Format::spare;
-            green[level] = static_cast<uint32_t>(greenTable[level]) << Format::greenShift;
-            blue[level] = static_cast<uint32_t>(blueTable[level]) << Format::blueShift;
+            red[level] = static_cast<uint32_t>(redTable[level]) << ARGB32::redShift | ARGB32::spare;
+            green[level] = static_cast<uint32_t>(greenTable[level]) << ARGB32::greenShift;
+            blue[level] = static_cast<uint32_t>(blueTable[level]) << ARGB32::blueShift;
         }
     }
 
-    QVR_INLINE uint32_t mapped(uint32_t word) const
+    uint32_t mapped(uint32_t word) const
     {
-        return red[word >> Format::redShift & 255] | green[word >> Format::greenShift & 255] |
-               blue[word >> Format::blueShift & 255];
+        return red[word >> ARGB32::redShift & 255] | green[word >> ARGB32::greenShift & 255] |
+               blue[word >> ARGB32::blueShift & 255];
     }
 };
 
@@ -124,18 +122,17 @@ void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REA
 
     Histograms histograms;
     libc::memset(&histograms, 0, sizeof histograms);
-    forEachRun(reader, nullptr, wholeBlock(reader), [&histograms](auto format, const Run& run) {
-        using Format = decltype(format);
-        const uint8_t* pixels = run.sources[0];
-        int32_t index = 0;
-        for (; index + 2 <= run.count; index += 2)
-        {
-            histograms.count<Format>(0, wordAt(pixels, index));
-            histograms.count<Format>(1, wordAt(pixels, index + 1));
-        }
-        if (index < run.count)
-            histograms.count<Format>(0, wordAt(pixels, index));
-    });
+    forEachWords(reader, wholeBlock(reader),
+                 [&histograms](const uint32_t* words, int32_t count, int32_t, int32_t) {
+                     int32_t index = 0;
+                     for (; index + 2 <= count; index += 2)
+                     {
+                         histograms.count(0, words[index]);
+                         histograms.count(1, words[index + 1]);
+                     }
+                     if (index < count)
+                         histograms.count(0, words[index]);
+                 });
 
     addCounters(redData, histograms.red);
     // Deliberately crosswise: scripts rely on the blocks declared blue and green receiving each other's
@@ -170,29 +167,9 @@ REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBloc
     if (!reader.open(picture) || !openTarget(writer, destination, reader))
         return nullptr;
 
-    const PlacedTables<ARGB32> argbTables(redTable.data, greenTable.data, blueTable.data);
-    const PlacedTables<BGRX32> bgrxTables(redTable.data, greenTable.data, blueTable.data);
-    forEachRun(reader, &writer, wholeBlock(reader), [&](auto format, const Run& run) {
-        const auto& tables = [&]() -> const PlacedTables<decltype(format)>& {
-            if constexpr (decltype(format)::code == PixelFormatARGB32)
-                return argbTables;
-            else
-                return bgrxTables;
-        }();
-        const uint8_t* const pixels = run.sources[0];
-        uint8_t* const destination = run.destination;
-        const int32_t count = run.count;
-        if (run.streamed && reinterpret_cast<uintptr_t>(destination) % 4 == 0)
-            for (int32_t index = 0; index < count; ++index)
-                __builtin_nontemporal_store(tables.mapped(wordAt(pixels, index)),
-                                            reinterpret_cast<uint32_t*>(destination) + index);
-        else
-            for (int32_t index = 0; index < count; ++index)
-            {
-                const uint32_t word = tables.mapped(wordAt(pixels, index));
-                __builtin_memcpy(destination + static_cast<ptrdiff_t>(index) * 4, &word, 4);
-            }
-    });
+    const PlacedTables tables(redTable.data, greenTable.data, blueTable.data);
+    mapWords(
+        writer, wholeBlock(reader), [&tables](uint32_t word) { return tables.mapped(word); }, reader);
     return writer.RenderPictureWriter();
 }
 

@@ -70,7 +70,7 @@ ColouredAreas::ColouredAreas(int32_t columnCount, int32_t rowCount)
 void ColouredAreas::mark(const PictureReader& reader, const Block& block)
 {
     markPixels(
-        reader, block, [](auto pixels) QVR_INLINE { return ~pixels.isGrey(); },
+        reader, block, [](auto pixels) { return ~pixels.isGrey(); },
         [this](int32_t row) { return marks.row(row); });
     transposeMarks();
 }

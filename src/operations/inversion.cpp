@@ -10,7 +10,7 @@ REALpictureStruct* InvertPicture(REALpictureStruct* picture, int32_t left, int32
 {
     // Unlike every other rectangle, a side of 0 means the picture's here.
     const Rectangle rectangle{left, top, width == 0 ? -1 : width, height == 0 ? -1 : height};
-    return mapRectangle(picture, rectangle, [](auto pixels) QVR_INLINE { return ~pixels; });
+    return mapRectangle(picture, rectangle, [](auto pixels) { return ~pixels; });
 }
 
 REALpictureStruct* InvertPicture2(REALpictureStruct* picture)
@@ -21,9 +21,8 @@ REALpictureStruct* InvertPicture2(REALpictureStruct* picture)
 REALpictureStruct* InvertGrayPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width,
                                      int32_t height)
 {
-    return mapRectangle(picture, {left, top, width, height}, [](auto pixels) QVR_INLINE {
-        return pixels.select(pixels.isGrey(), ~pixels, pixels);
-    });
+    return mapRectangle(picture, {left, top, width, height},
+                        [](auto pixels) { return select(pixels.isGrey(), ~pixels, pixels); });
 }
 
 REALpictureStruct* InvertGrayPicture2(REALpictureStruct* picture)

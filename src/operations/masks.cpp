@@ -8,14 +8,14 @@ namespace qvr::masks
 namespace
 {
 
-/// Byte 0 of a pixel is alpha in `PixelFormatARGB32` alone, but it is byte 0 that receives a mask in every
-/// format.
-constexpr uint32_t firstByte = 255;
-
-/// The general case of `SetEmbededMask`, pixel by pixel: a mask of another format than the picture's.
-void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, int32_t columns,
-                    uint8_t swapBits)
+/// The general case of `SetEmbededMask`: a mask of another format than the picture's, or pixels of 3 bytes.
+///
+/// Every pixel of the picture counts as 4 bytes here, and one is done after the other: a picture of 3-byte
+/// pixels that is its own mask reads what it has just written. Kept as it is.
+void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, uint8_t swapBits)
 {
+    const int32_t bytesWithin = (picture.width * picture.bytesPerPixel + 3) / 4;
+    const int32_t columns = minimum(bytesWithin, mask.width);
     const int32_t maskRed = redByteOf(mask.pixelFormat);
     for (int32_t row = 0; row < picture.height; ++row)
     {
@@ -38,25 +38,11 @@ signed char PictureHasMask(REALpictureStruct* picture)
 
 REALpictureStruct* GetEmbededMask(REALpictureStruct* picture, signed char swap)
 {
-    PictureReader reader;
-    PictureWriter writer;
-    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
-        return nullptr;
     const int32_t swapBits = swap != 0 ? 255 : 0;
-    const auto mapAlpha = [&](auto alphaOf) {
-        mapBlock(
-            writer, wholeBlock(reader),
-            [=](auto pixels) QVR_INLINE {
-                const auto grey = alphaOf(pixels.spareByte()) ^ swapBits;
-                return Channels<typename decltype(pixels)::Lane>{grey, grey, grey};
-            },
-            reader);
-    };
-    if (reader.pixelFormat == PixelFormatBGRX32)
-        mapAlpha([](auto spare) QVR_INLINE { return (spare * 2 & 254) | (spare & 1); });
-    else
-        mapAlpha([](auto alpha) QVR_INLINE { return alpha; });
-    return writer.RenderPictureWriter();
+    return mapPicture(picture, [swapBits](auto pixels) {
+        const auto grey = pixels.alpha() ^ swapBits;
+        return Channels{grey, grey, grey};
+    });
 }
 
 void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStruct* mask)
@@ -67,27 +53,15 @@ void SetEmbededMask(REALpictureStruct* picture, signed char swap, REALpictureStr
     if (mask == nullptr || !pictureReader.open(picture) || !maskReader.open(mask) || maskReader.height < 1)
         return;
     const int32_t swapBits = swap != 0 ? 255 : 0;
-
-    Block block = wholeBlock(pictureReader);
-    if (pictureReader.pixelFormat == maskReader.pixelFormat && pictureReader.bytesPerPixel == 4)
-    {
-        mapBlock(
-            pictureReader, block,
-            [swapBits](auto pixels, auto maskPixels) QVR_INLINE {
-                using PixelVector = decltype(pixels);
-                const auto value = reinterpret_cast<typename PixelVector::Words>(maskPixels.red() ^ swapBits);
-                return RawWords<typename PixelVector::Lane>{(pixels.words & ~firstByte) | value};
-            },
-            pictureReader, maskReader);
-        return;
-    }
-    // Every pixel counts as 4 bytes here, which in the 3-byte format reaches past the row's end.
-    const int32_t wholePixels = pictureReader.bytesPerPixel == 4
-                                    ? pictureReader.width
-                                    : (pictureReader.width * pictureReader.bytesPerPixel + 3) / 4;
-    storeMaskBytes(pictureReader, maskReader,
-                   minimum(minimum(wholePixels, pictureReader.width), maskReader.width),
-                   static_cast<uint8_t>(swapBits));
+    if (!sameWordFormat(pictureReader, maskReader))
+        return storeMaskBytes(pictureReader, maskReader, static_cast<uint8_t>(swapBits));
+    // The first byte is alpha in one format alone, but it is what receives a mask in every format.
+    mapBlock(
+        pictureReader, wholeBlock(pictureReader),
+        [swapBits](auto pixels, auto maskPixels) {
+            return pixels.withFirstByte(maskPixels.red() ^ swapBits);
+        },
+        pictureReader, maskReader);
 }
 
 } // namespace qvr::masks

@@ -24,7 +24,7 @@ int32_t differenceLimit(int32_t tolerance)
 }
 
 template <class Integers>
-QVR_INLINE inline Integers isWithin(Integers difference, int32_t limit)
+inline Integers isWithin(Integers difference, int32_t limit)
 {
     return (difference <= limit) & (difference >= -limit);
 }
@@ -34,7 +34,7 @@ QVR_INLINE inline Integers isWithin(Integers difference, int32_t limit)
 signed char isBlack(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height)
 {
     return testRectangle(picture, {left, top, width, height},
-                         [](auto pixels) QVR_INLINE { return pixels.matches(0x000000); });
+                         [](auto pixels) { return pixels.matches(0x000000); });
 }
 
 signed char isBlack2(REALpictureStruct* picture)
@@ -45,7 +45,7 @@ signed char isBlack2(REALpictureStruct* picture)
 signed char isWhite(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height)
 {
     return testRectangle(picture, {left, top, width, height},
-                         [](auto pixels) QVR_INLINE { return pixels.matches(0xFFFFFF); });
+                         [](auto pixels) { return pixels.matches(0xFFFFFF); });
 }
 
 signed char isWhite2(REALpictureStruct* picture)
@@ -59,8 +59,8 @@ signed char isGray(REALpictureStruct* picture, int32_t tolerance, int32_t left, 
     const Rectangle rectangle{left, top, width, height};
     const int32_t limit = differenceLimit(tolerance);
     if (limit == 0)
-        return testRectangle(picture, rectangle, [](auto pixels) QVR_INLINE { return pixels.isGrey(); });
-    return testRectangle(picture, rectangle, [limit](auto pixels) QVR_INLINE {
+        return testRectangle(picture, rectangle, [](auto pixels) { return pixels.isGrey(); });
+    return testRectangle(picture, rectangle, [limit](auto pixels) {
         const auto red = pixels.red();
         const auto green = pixels.green();
         const auto blue = pixels.blue();
@@ -81,7 +81,7 @@ double ColornessQVR(REALpictureStruct* picture, int32_t threshold)
     if (!reader.open(picture))
         return 0.0;
     const int32_t negated = wrappingSubtract(0, threshold);
-    const int32_t coloured = countPixels(reader, [threshold, negated](auto pixels) QVR_INLINE {
+    const int32_t coloured = countPixels(reader, [threshold, negated](auto pixels) {
         const auto red = pixels.red();
         const auto green = pixels.green();
         const auto blue = pixels.blue();
