@@ -123,10 +123,14 @@ void Host::clearCallLog()
     core->callLog.clear();
 }
 
+const std::vector<std::string>& Host::lookups() const
+{
+    return core->lookups;
+}
+
 int Host::lookups(const std::string& name) const
 {
-    const auto found = core->lookups.find(name);
-    return found == core->lookups.end() ? 0 : found->second;
+    return static_cast<int>(std::count(core->lookups.begin(), core->lookups.end(), name));
 }
 
 std::int32_t* Host::pluginVariable(const std::string& name)

@@ -155,7 +155,9 @@ public:
     /// in it.
     const std::vector<std::string>& callLog() const;
     void clearCallLog();
-    /// How often the plug-in asked the resolver for a name.
+    /// Every name that the plug-in asked the resolver for, in order.
+    const std::vector<std::string>& lookups() const;
+    /// How often it asked for that one.
     int lookups(const std::string& name) const;
     /// A 32-bit variable of the plug-in's own by its C name, for switches that only tests turn; null when its
     /// symbol table has none of that name.

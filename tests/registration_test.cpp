@@ -381,6 +381,23 @@ TEST_P(Registration, CallsTheHostInOrder)
     }
 }
 
+TEST_P(Registration, AsksForTheHostsFunctionsInOrder)
+{
+    for (const char* absent : {"", "REALGetRBVersion", "RegisterPluginVersion"})
+    {
+        SCOPED_TRACE(absent);
+        const TestHost host{hostSetup(artefact()).without({absent})};
+        std::vector<std::string> firstAsked;
+        for (const std::string& name : host.lookups())
+            if (std::find(firstAsked.begin(), firstAsked.end(), name) == firstAsked.end())
+                firstAsked.push_back(name);
+        const std::vector<std::string> wanted{"RegisterPluginVersion", "REALGetRBVersion",
+                                              "PluginRegisterClass", "PluginRegisterClassExtension",
+                                              "PluginRegisterMethod"};
+        EXPECT_EQ(firstAsked, wanted);
+    }
+}
+
 TEST_P(Registration, AHostWithoutVersionIsAnOldOne)
 {
     TestHost host{hostSetup(artefact()).without({"REALGetRBVersion"})};

@@ -96,7 +96,7 @@ void Core::load()
 void* Core::resolve(const char* name)
 {
     const std::string wanted = name == nullptr ? "" : name;
-    ++lookups[wanted];
+    lookups.push_back(wanted);
     return options.absent.contains(wanted) ? nullptr : findHostFunction(wanted);
 }
 

@@ -152,7 +152,7 @@ public:
     PictureQuirks newPictureQuirks;
     Registered registered;
     std::vector<std::string> callLog;
-    std::map<std::string, int> lookups;
+    std::vector<std::string> lookups; ///< every name that the resolver was asked for, in order
     std::vector<std::string> faultTexts;
     std::exception_ptr pendingError;   ///< thrown by a service, to be thrown again outside of the plug-in
     ExceptionObject* raised = nullptr; ///< a held reference

@@ -19,6 +19,8 @@ int32_t layoutFor(double version)
 
 void registerPlugin()
 {
+    // Asked for before anything else is, though only used once the version is known.
+    host.RegisterPluginVersion.available();
     if (host.REALGetRBVersion.available())
         hostVersion = host.REALGetRBVersion();
     CurrentREALControlVersion = layoutFor(hostVersion);
