@@ -79,26 +79,26 @@ public:
     /// Editors live on the stack; the destructor's deleting variant needs a way to free one all the same.
     static void operator delete(void* block);
 
-    int32_t rowBytes = 0;
-    int32_t width = 0;
-    int32_t height = 0;
+    // Pixels and rows are the host's, and valid while the editor describes a locked buffer.
+
+    int32_t rowBytes = 0; ///< from one row to the next, in bytes; rows of `rowTable` lie anywhere
+    int32_t width = 0;    ///< in pixels
+    int32_t height = 0;   ///< in rows
     int32_t bytesPerPixel = 0;
-    int32_t scratch = 0;
-    int32_t pixelFormat = 0;
-    uint8_t* rowPointer = nullptr;
-    REALpictureDescription description{};
-    /// Pixels owned by the editor itself; nothing fills it yet.
-    uint8_t* buffer = nullptr;
-    uint8_t* baseAddress = nullptr;
-    int32_t x = 0;
-    int32_t y = 0;
-    REALpictureStruct* picture = nullptr;
-    PixMapHandle pixMap = nullptr;
-    /// One pointer a row, owned by the host; `PixelFormatBGRX32` only.
-    uint8_t** rowTable = nullptr;
-    bool readAccess = false;
-    bool writeAccess = false;
-    bool descriptionLocked = false;
+    int32_t scratch = 0;                  ///< 0 after every lock and release; nothing depends on it
+    int32_t pixelFormat = 0;              ///< a `PixelFormat`
+    uint8_t* rowPointer = nullptr;        ///< the cursor's row
+    REALpictureDescription description{}; ///< what the host's lock said
+    uint8_t* buffer = nullptr;            ///< pixels of the editor's own; nothing fills it yet
+    uint8_t* baseAddress = nullptr;       ///< row 0
+    int32_t x = 0;                        ///< the cursor's column, in pixels
+    int32_t y = 0;                        ///< the cursor's row; counts on past the last
+    REALpictureStruct* picture = nullptr; ///< one reference is the editor's
+    PixMapHandle pixMap = nullptr;        ///< locked by the editor; null unless the picture is a GWorld
+    uint8_t** rowTable = nullptr;         ///< one pointer a row; `PixelFormatBGRX32` only
+    bool readAccess = false;              ///< as asked for at the last lock
+    bool writeAccess = false;             ///< the same; releasing a written picture clears the host's cache
+    bool descriptionLocked = false;       ///< the host's lock is to be given back
 
 private:
     bool lockPicture(REALpictureStruct* source, bool read, bool write, bool copyAllowed);

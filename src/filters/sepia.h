@@ -54,6 +54,8 @@ void PictureSepiaClassDestructor(REALobjectStruct* self);
 /// released.
 signed char Run(REALobjectStruct* self);
 
+/// The three weights, by the channel they multiply: any double is kept and given back. `parameter` is the
+/// word that the host passes on from the property's row; it plays no part here.
 double GetFactorR(REALobjectStruct* self, long parameter);
 void SetFactorR(REALobjectStruct* self, long parameter, double value);
 double GetFactorG(REALobjectStruct* self, long parameter);

@@ -8,7 +8,7 @@ namespace qvr::frameworks
 namespace
 {
 
-/// kOnSystemDisk: the volume that the system was started from.
+/// kOnAppropriateDisk: for a folder of the system, the volume that it was started from.
 constexpr int16_t systemDisk = -32767;
 /// kFrameworksFolderType, the four characters 'fram'.
 constexpr OSType frameworksFolder = 0x6672616D;
