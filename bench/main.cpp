@@ -14,20 +14,12 @@
 #include <cstdio>
 #include <exception>
 #include <malloc.h>
-#include <map>
 
 namespace bench
 {
 
 namespace
 {
-
-const std::map<std::string, standin::Artefact> artefactNames = {{"mac", standin::Artefact::MacBundle},
-                                                                {"linux", standin::Artefact::SharedObject}};
-
-const std::map<std::string, standin::Storage> storageNames = {{"gworld32", standin::Storage::GWorld32},
-                                                              {"gworld24", standin::Storage::GWorld24},
-                                                              {"bitmap", standin::Storage::Bitmap}};
 
 struct Options
 {
@@ -47,12 +39,13 @@ struct Options
 Setting settingOf(const Options& options)
 {
     Setting setting;
-    setting.artefact = artefactNames.at(options.artefact);
-    setting.sourceStorage = storageNames.at(options.storage);
+    setting.artefact = standin::valueNamed<standin::Artefact>(options.artefact);
+    setting.sourceStorage = standin::valueNamed<standin::Storage>(options.storage);
     // Pictures made by the plug-in have 32 bits, so 24 bits are a source's affair unless they are asked for.
-    setting.resultStorage = !options.resultStorage.empty() ? storageNames.at(options.resultStorage)
-                            : options.storage == "bitmap"  ? standin::Storage::Bitmap
-                                                           : standin::Storage::GWorld32;
+    setting.resultStorage = !options.resultStorage.empty()
+                                ? standin::valueNamed<standin::Storage>(options.resultStorage)
+                            : options.storage == "bitmap" ? standin::Storage::Bitmap
+                                                          : standin::Storage::GWorld32;
     if (options.lanes != 0)
         setting.lanes = options.lanes;
     return setting;
@@ -203,16 +196,6 @@ private:
     bool failed = false;
 };
 
-template <class Named>
-std::vector<std::string> namesOf(const std::map<std::string, Named>& map)
-{
-    std::vector<std::string> names;
-    names.reserve(map.size());
-    for (const auto& [name, value] : map)
-        names.push_back(name);
-    return names;
-}
-
 int benchMain(int argc, char** argv)
 {
     Options options;
@@ -221,14 +204,14 @@ int benchMain(int argc, char** argv)
     app.name("pictureqvr_bench");
     app.add_option("NAME", options.filters, "Only rows with one of these in their name");
     app.add_option("--artefact", options.artefact, "Which build to measure")
-        ->check(CLI::IsMember(namesOf(artefactNames)))
+        ->check(CLI::IsMember(standin::allNames<standin::Artefact>()))
         ->capture_default_str();
     app.add_option("--storage", options.storage, "How the source pictures are kept")
-        ->check(CLI::IsMember(namesOf(storageNames)))
+        ->check(CLI::IsMember(standin::allNames<standin::Storage>()))
         ->capture_default_str();
     app.add_option("--result-storage", options.resultStorage,
                    "How the host makes new pictures; default: bitmap beside bitmap, else gworld32")
-        ->check(CLI::IsMember(namesOf(storageNames)));
+        ->check(CLI::IsMember(standin::allNames<standin::Storage>()));
     app.add_option("--lanes", options.lanes, "Most pixels side by side; default: what the processor offers")
         ->check(CLI::IsMember({4, 8}));
     app.add_option("--rounds", options.effort.rounds, "Rounds of each row")

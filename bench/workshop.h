@@ -98,11 +98,6 @@ public:
     bool uses(const standin::Declaration& declaration) const;
 
 private:
-    static int bytesPerPixel(standin::Storage storage)
-    {
-        return storage == standin::Storage::GWorld24 ? 3 : 4;
-    }
-
     Setting setting;
     const media::Image& photograph;
     standin::Picture photoPicture;

@@ -5,7 +5,6 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <map>
 
 namespace cli
 {
@@ -15,14 +14,6 @@ namespace
 
 using standin::Artefact;
 
-const std::map<std::string, Artefact> artefacts{{"mac", Artefact::MacBundle},
-                                                {"linux", Artefact::SharedObject}};
-const std::map<std::string, standin::Kind> kinds{
-    {"desktop", standin::Kind::Desktop}, {"console", standin::Kind::Console}, {"web", standin::Kind::Web}};
-const std::map<std::string, standin::Storage> storages{{"gworld32", standin::Storage::GWorld32},
-                                                       {"gworld24", standin::Storage::GWorld24},
-                                                       {"bitmap", standin::Storage::Bitmap}};
-
 /// What a file is, by its first bytes; what is no ELF file is left to the bundle's loader to judge.
 Artefact artefactOf(const std::string& path)
 {
@@ -31,19 +22,25 @@ Artefact artefactOf(const std::string& path)
     return magic == std::array{'\x7F', 'E', 'L', 'F'} ? Artefact::SharedObject : Artefact::MacBundle;
 }
 
-/// Takes one of the names, in any case.
-template <class Choice>
-CLI::Validator oneOf(const std::map<std::string, Choice>& choices)
+/// An option that takes one of an enumeration's names, in any case.
+template <class Enum, class Target>
+CLI::Option& addNamed(CLI::App& app, const std::string& name, Target& target, const std::string& description)
 {
-    return CLI::Validator(
-        [&choices](std::string& text) -> std::string {
-            const auto found = choices.find(CLI::detail::to_lower(text));
-            if (found == choices.end())
-                return "\"" + text + "\" is none of its values";
-            text = std::to_string(static_cast<int>(found->second));
-            return "";
-        },
-        "");
+    const std::string names = standin::listed(standin::allNames<Enum>());
+    return *app.add_option_function<std::string>(
+                   name,
+                   [&target](const std::string& text) {
+                       try
+                       {
+                           target = standin::valueNamed<Enum>(text);
+                       }
+                       catch (const standin::Error& error)
+                       {
+                           throw CLI::ValidationError(error.what());
+                       }
+                   },
+                   description + ": " + names)
+                ->type_name("NAME");
 }
 
 } // namespace
@@ -56,24 +53,17 @@ void HostChoice::addOptions(CLI::App& app)
         ->envname("PICTUREQVR_PLUGIN")
         ->type_name("FILE")
         ->group(group);
-    app.add_option("--artefact", artefact, "mac or linux (default: mac if it is built)")
-        ->transform(oneOf(artefacts))
-        ->type_name("NAME")
-        ->group(group);
-    app.add_option("--host", kind, "desktop, console or web (default: desktop)")
-        ->transform(oneOf(kinds))
-        ->type_name("KIND")
-        ->group(group);
+    addNamed<Artefact>(app, "--artefact", artefact, "Which build to load (default: mac if it is built)")
+        .group(group);
+    addNamed<standin::Kind>(app, "--host", kind, "What kind of application it is in (default: desktop)")
+        .group(group);
     app.add_option("--host-version", version, "Version that the host reports")
         ->type_name("NUMBER")
         ->capture_default_str()
         ->group(group);
-    app.add_option("--storage", storage,
-                   "How loaded pictures are stored: gworld32, gworld24 or bitmap (default: as the host "
-                   "stores new ones)")
-        ->transform(oneOf(storages))
-        ->type_name("NAME")
-        ->group(group);
+    addNamed<standin::Storage>(app, "--storage", storage,
+                               "How loaded pictures are stored (default: as the host stores new ones)")
+        .group(group);
 }
 
 standin::Options HostChoice::options() const

@@ -21,7 +21,7 @@ std::string resultText(const standin::RegisteredMethod& method)
     const standin::Declaration& declaration = method.declaration;
     std::string text = declaration.parameters.empty() ? "" : declaration.parameterText() + " ";
     if (declaration.result != standin::Type::Nothing)
-        text += "as " + std::string(standin::typeName(declaration.result));
+        text += "as " + std::string(nameOf(declaration.result));
     return text + (method.setter != nullptr ? ", assignable" : "");
 }
 
@@ -92,16 +92,14 @@ ordered_json jsonOf(const standin::RegisteredMethod& method)
     ordered_json parameters = ordered_json::array();
     for (const auto& parameter : method.declaration.parameters)
     {
-        ordered_json& entry =
-            parameters.emplace_back(ordered_json{{"name", parameter.name},
-                                                 {"type", standin::typeName(parameter.type)},
-                                                 {"byref", parameter.byref}});
+        ordered_json& entry = parameters.emplace_back(ordered_json{
+            {"name", parameter.name}, {"type", nameOf(parameter.type)}, {"byref", parameter.byref}});
         if (parameter.defaultValue)
             entry["default"] = defaultOf(*parameter.defaultValue);
     }
     ordered_json result = nullptr;
     if (method.declaration.result != standin::Type::Nothing)
-        result = standin::typeName(method.declaration.result);
+        result = nameOf(method.declaration.result);
     return {{"name", method.declaration.name},
             {"declaration", method.text},
             {"parameters", parameters},

@@ -175,9 +175,8 @@ Value valueOf(const Literal& literal, Type type, const FileReader& read)
     if (!fits(literal, type))
     {
         const auto* variable = std::get_if<VariableName>(&literal);
-        throw Error(variable != nullptr
-                        ? "\"" + variable->name + "\" is no value"
-                        : "a value of type " + std::string(standin::typeName(type)) + " is needed");
+        throw Error(variable != nullptr ? "\"" + variable->name + "\" is no value"
+                                        : "a value of type " + std::string(nameOf(type)) + " is needed");
     }
     return std::visit(
         [&](const auto& content) -> Value {

@@ -4,18 +4,9 @@
 #include "host/error.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace standin
 {
-
-std::string defaultPluginPath(Artefact artefact)
-{
-    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    if (artefact == Artefact::SharedObject)
-        return folder / "PictureQVR.so";
-    return folder.parent_path() / "macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR";
-}
 
 Host::Host(Options options) : core(std::make_shared<Core>(std::move(options)))
 {
@@ -31,7 +22,8 @@ const Options& Host::options() const
 
 Picture Host::newPicture(int width, int height, std::optional<Storage> storage)
 {
-    PictureObject* picture = core->makePicture(width, height, storage.value_or(core->newStorage()));
+    PictureObject* picture =
+        core->makePicture(width, height, storage.value_or(core->options.storageOfNewPictures()));
     if (picture == nullptr)
         throw Error("no memory for a picture of " + std::to_string(width) + " x " + std::to_string(height));
     return core->adopt<Picture>(picture);

@@ -7,10 +7,10 @@
 #include "host/core/faults.h"
 #include "host/core/ledger.h"
 #include "host/error.h"
+#include "host/options.h"
 #include "host/values/picture.h"
 #include "host/values/value.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -20,59 +20,6 @@
 
 namespace standin
 {
-
-/// Which build of the plug-in to load.
-enum class Artefact
-{
-    MacBundle,   ///< i386 Mach-O bundle, mapped by the host's own loader
-    SharedObject ///< i386 ELF shared object
-};
-
-/// What kind of application the host runs, which decides on the class that it has.
-enum class Kind
-{
-    Desktop, ///< "Application"
-    Console, ///< "ConsoleApplication"
-    Web,     ///< "WebApplication"
-    Unknown  ///< none of them
-};
-
-/// How picture memory is laid out.
-enum class Memory
-{
-    Guarded, ///< guard pages around pixels, rows, blocks and the plug-in's heap; for tests
-    Plain,   ///< ordinary memory, rows one after the other
-    Pooled   ///< as Plain, but a freed picture's memory serves the next one of its size, unfilled; for
-             ///< benchmarks
-};
-
-struct Options
-{
-    Artefact artefact = Artefact::SharedObject;
-    Kind kind = Kind::Desktop;
-    double version = 2013.03;
-    /// The file to load; empty: PictureQVR.so beside the running executable, or
-    /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
-    /// too.
-    std::string plugin;
-    /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32
-    /// on the desktop and where the kind is unknown, Bitmap else.
-    std::optional<Storage> newPictureStorage;
-    Memory memory = Memory::Guarded;
-    /// Bytes behind each row of a GWorld, filled with a canary. 0 makes the last row end at the guard page.
-    int padding = 12;
-    /// Every byte of a new picture's pixels, so that what stays unwritten shows.
-    std::uint8_t freshFill = 0xFF;
-    /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not
-    /// exist.
-    std::set<std::string> absent;
-    /// Classes that "PluginNewInstance" cannot make.
-    std::set<std::string> notInstantiable;
-    /// Keeps `callLog`.
-    bool logCalls = true;
-    /// Runs before the plug-in's entry point, to plan failures while it is being loaded.
-    std::function<void(Faults&)> beforeEntry;
-};
 
 /// Switches of the system beside the host.
 struct SystemSwitches
@@ -166,8 +113,5 @@ public:
 private:
     std::shared_ptr<Core> core;
 };
-
-/// The file that `artefact` is loaded from when no path is given.
-std::string defaultPluginPath(Artefact artefact);
 
 } // namespace standin

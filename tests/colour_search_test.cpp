@@ -117,7 +117,7 @@ TEST_P(ColourSearch, EqualsTheReferenceInEverySizeAndStorage)
                     const std::uint32_t replacement = colorOf(random.oneOf(source.pixels)) ^ dirt ^ 0x10;
                     const std::uint32_t background = static_cast<std::uint32_t>(random.between(0, most));
                     EXPECT_EQ(count(host, photo, search), countColor(source, search))
-                        << search << ", " << storageName(storage) << ", " << width << " x " << height;
+                        << search << ", " << nameOf(storage) << ", " << width << " x " << height;
                     expectCall(replaceColor(source, search, replacement), host, photo, "ReplaceColorQVR",
                                {search, replacement});
                     expectCall(extractColor(source, search, replacement, background), host, photo,
@@ -234,7 +234,6 @@ TEST_P(ColourSearch, MasksEqualTheReferenceForRandomPictures)
 {
     Random random{74};
     forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
-        const int resultBytes = host.newStorage() == standin::Storage::GWorld24 ? 3 : 4;
         for (const auto& [width, height] : testSizes())
             for (const standin::Storage storage : sourceStorages(host))
             {
@@ -245,10 +244,7 @@ TEST_P(ColourSearch, MasksEqualTheReferenceForRandomPictures)
                         pixel = random.onceIn(2) ? Pixel{90, 90, 255} : Pixel{0, 255, 90};
                 const standin::Picture photo = upload(host, content, storage);
                 const Picture source = download(photo);
-                const bool locked = storage == standin::Storage::GWorld32 ||
-                                    storage == standin::Storage::GWorld24 ||
-                                    storage == standin::Storage::Bitmap;
-                const int bytes = locked ? photo.bytesPerPixel() : resultBytes;
+                const int bytes = bytesRead(host, photo);
                 expectCall(colorRectangleMask(source, {}, bytes), host, photo,
                            "ExtractColorRectangleMaskQVR");
                 for (int i = 0; i < 3; ++i)

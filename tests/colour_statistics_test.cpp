@@ -281,7 +281,7 @@ TEST_P(ColourTransform, EqualsTheReference)
             for (int x = 0; x < source.width(); ++x)
             {
                 filled.at(x, y) = wanted.at(x, y);
-                filled.at(x, y).alpha = storage == Storage::Bitmap ? 0 : 255;
+                filled.at(x, y).alpha = traitsOf(storage).opaqueAlpha;
             }
         const int clears = target.cacheClears();
         const int references = target.referenceCount();

@@ -101,13 +101,12 @@ TEST_P(Editor, RowsMayLieApart)
 
 TEST_P(Editor, EverySourceCanMeetEveryResult)
 {
-    for (const Storage result : {Storage::GWorld32, Storage::GWorld24})
-        for (const Storage source :
-             {Storage::GWorld32, Storage::GWorld24, Storage::GWorld16, Storage::GWorld8, Storage::Drawable})
-        {
-            TestHost host{desktop().newPictures(result)};
+    for (const Storage result : gworlds(true))
+    {
+        TestHost host{desktop().newPictures(result)};
+        for (const Storage source : sourceStorages(host))
             expectInverted(host, upload(host, noise(), source));
-        }
+    }
 }
 
 TEST_P(Editor, LocksAndUnlocksGWorldsInOrder)
@@ -190,7 +189,7 @@ TEST_P(Editor, TheHostsKindIsAskedOnce)
 
 TEST_P(Editor, PicturesOfOtherDepthsAreReadFromACopy)
 {
-    for (const Storage storage : {Storage::GWorld16, Storage::GWorld8})
+    for (const Storage storage : gworlds(false))
     {
         TestHost host{desktop()};
         const standin::Picture photo = upload(host, noise(), storage);
@@ -204,7 +203,7 @@ TEST_P(Editor, PicturesOfOtherDepthsAreReadFromACopy)
 
 TEST_P(Editor, PicturesOfOtherDepthsCannotBeWritten)
 {
-    for (const Storage storage : {Storage::GWorld16, Storage::GWorld8})
+    for (const Storage storage : gworlds(false))
     {
         TestHost host{desktop()};
         const standin::Picture photo = upload(host, noise(), storage);
@@ -285,7 +284,7 @@ TEST_P(Editor, BrokenGWorldsGiveNil)
 {
     for (const auto quirk : {&PictureQuirks::nullData, &PictureQuirks::nullPixMap,
                              &PictureQuirks::lockPixelsFails, &PictureQuirks::nullBaseAddress})
-        for (const Storage storage : {Storage::GWorld32, Storage::GWorld24})
+        for (const Storage storage : gworlds(true))
         {
             TestHost host{desktop()};
             standin::Picture photo = upload(host, noise(), storage);
@@ -474,7 +473,7 @@ TEST_P(Editor, ACopyThatCannotBeDrawnStaysAsItWasMade)
             for (const Storage storage : {Storage::GWorld8, Storage::Drawable})
             {
                 const HostSetup setup = desktop().version(version).without({missing});
-                SCOPED_TRACE(setup.name + ", " + storageName(storage));
+                SCOPED_TRACE(setup.name + ", " + std::string(nameOf(storage)));
                 TestHost host{setup};
                 expectCall(wanted, host, upload(host, noise(), storage), "InvertQVR");
             }
@@ -517,7 +516,7 @@ TEST_P(Editor, ManyCallsLeaveNothingBehind)
         for (int i = 0; i < 500; ++i)
             host.call(photos[static_cast<std::size_t>(i) % photos.size()], "InvertQVR");
         for (const standin::Picture& photo : photos)
-            EXPECT_EQ(photo.referenceCount(), 1) << storageName(photo.storage());
+            EXPECT_EQ(photo.referenceCount(), 1) << nameOf(photo.storage());
     });
 }
 

@@ -25,15 +25,12 @@ Arguments argumentsOf(const Rectangle& rectangle)
 /// What both methods give for a rectangle, with sources in every storage.
 void expectRectangle(TestHost& host, const Picture& content, const Rectangle& rectangle)
 {
-    const int resultBytes = host.newStorage() == standin::Storage::GWorld24 ? 3 : 4;
+    const int resultBytes = bytesPerPixel(host.newStorage());
     for (const standin::Storage storage : sourceStorages(host))
     {
         const standin::Picture photo = upload(host, content, storage);
         const Picture source = download(photo);
-        // What cannot be locked is read from a copy, whose storage is that of new pictures.
-        const bool locked = storage == standin::Storage::GWorld32 || storage == standin::Storage::GWorld24 ||
-                            storage == standin::Storage::Bitmap;
-        const int sourceBytes = locked ? photo.bytesPerPixel() : resultBytes;
+        const int sourceBytes = bytesRead(host, photo);
         expectCall(invert(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertQVR",
                    argumentsOf(rectangle));
         expectCall(invertGray(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertGrayQVR",

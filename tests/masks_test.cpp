@@ -13,15 +13,10 @@ using standin::Value;
 
 AlphaPlace alphaPlace(Storage storage)
 {
-    switch (storage)
-    {
-    case Storage::GWorld32:
-        return AlphaPlace::FirstByte;
-    case Storage::Bitmap:
-        return AlphaPlace::FourthByte;
-    default:
+    if (!traitsOf(storage).hasSpareByte || !isLockable(storage))
         return AlphaPlace::Nowhere;
-    }
+    return traitsOf(storage).access == standin::Access::Bitmap ? AlphaPlace::FourthByte
+                                                               : AlphaPlace::FirstByte;
 }
 
 /// The red value of a mask's pixel, as its bytes are now: the mask may be the picture that is being written.
@@ -47,7 +42,7 @@ void expectSameBytes(const Picture& wanted, const Picture& got, const std::strin
     for (int y = 0; y < wanted.height(); ++y)
         for (int i = 0; i < wanted.width() * wanted.bytesPerPixel(); ++i)
             ASSERT_EQ(wanted.row(y)[i], got.row(y)[i])
-                << what << ", " << storageName(wanted.storage()) << ", row " << y << ", byte " << i;
+                << what << ", " << nameOf(wanted.storage()) << ", row " << y << ", byte " << i;
     EXPECT_TRUE(got.paddingIntact()) << what;
 }
 
@@ -241,8 +236,10 @@ TEST_P(EmbeddedMask, AssigningWhatCannotBeUsedChangesNothing)
         }
         // A picture that is only drawn loses what is written to its copy.
         if (!bitmaps)
-            for (const Storage storage : {Storage::GWorld16, Storage::GWorld8, Storage::Drawable})
+            for (const Storage storage : sourceStorages(host))
             {
+                if (isLockable(storage))
+                    continue;
                 const Picture picture = upload(host, randomPicture(random, 4, 4), storage);
                 const auto before = picture.rgba();
                 host.assign(picture, "EmbeddedMaskQVR", {false}, good);

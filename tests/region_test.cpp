@@ -33,20 +33,6 @@ double colorness(TestHost& host, const Picture& content, const Arguments& thresh
     return host.call(upload(host, content), "ColornessQVR", threshold).number();
 }
 
-/// The bytes a pixel of what the plug-in reads: of the picture, or of the copy of one that cannot be locked.
-int bytesRead(const TestHost& host, const standin::Picture& picture)
-{
-    switch (picture.storage())
-    {
-    case standin::Storage::GWorld32:
-    case standin::Storage::GWorld24:
-    case standin::Storage::Bitmap:
-        return picture.bytesPerPixel();
-    default:
-        return host.newStorage() == standin::Storage::GWorld24 ? 3 : 4;
-    }
-}
-
 TEST_P(Region, AnEmptyRectangleIsEverything)
 {
     forEachHost(artefact(), [](TestHost& host) {
@@ -161,11 +147,11 @@ TEST_P(Region, TestsEqualTheReferenceEverywhere)
                     const Arguments four{r.left, r.top, r.width, r.height};
                     const Arguments five{tolerance, r.left, r.top, r.width, r.height};
                     EXPECT_EQ(test(host, photo, "isBlackQVR", four), isBlack(source, r, bytes))
-                        << callText("isBlackQVR", four) << storageName(storage) << width << " x " << height;
+                        << callText("isBlackQVR", four) << nameOf(storage) << width << " x " << height;
                     EXPECT_EQ(test(host, photo, "isWhiteQVR", four), isWhite(source, r, bytes))
-                        << callText("isWhiteQVR", four) << storageName(storage) << width << " x " << height;
+                        << callText("isWhiteQVR", four) << nameOf(storage) << width << " x " << height;
                     EXPECT_EQ(test(host, photo, "isGrayQVR", five), isGray(source, tolerance, r, bytes))
-                        << callText("isGrayQVR", five) << storageName(storage) << width << " x " << height;
+                        << callText("isGrayQVR", five) << nameOf(storage) << width << " x " << height;
                 }
             }
     });
@@ -250,7 +236,7 @@ TEST_P(Region, ColournessEqualsTheReferenceEverywhere)
                      {0, 1, 2, 10, 254, 255, -1, -300, most, most - 1, least + 1, random.between(-260, 260)})
                     EXPECT_EQ(host.call(photo, "ColornessQVR", {threshold}).number(),
                               reference::colorness(source, threshold))
-                        << threshold << ", " << storageName(storage) << ", " << width << " x " << height;
+                        << threshold << ", " << nameOf(storage) << ", " << width << " x " << height;
             }
     });
 }

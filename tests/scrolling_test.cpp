@@ -152,7 +152,8 @@ TEST_P(Scrolling, GWorldsShift)
 {
     TestHost host{hostSetup(artefact())};
     Random random{50};
-    for (const Storage storage : {Storage::GWorld32, Storage::GWorld24, Storage::GWorld16, Storage::GWorld8})
+    const auto isGWorld = [](Storage storage) { return traitsOf(storage).access == standin::Access::GWorld; };
+    for (const Storage storage : storagesThat(isGWorld))
         for (const int delta : {1, -1, 3, -3, 8, 9, 10, -8, -12, 1000, 32767, 32768, 65536, 65536 + 2,
                                 -65536 - 2, largest, smallest})
         {
@@ -224,7 +225,7 @@ TEST_P(Scrolling, PicturesThatCannotBeWrittenDoNotRotate)
         const bool bitmaps = host.newStorage() == Storage::Bitmap;
         std::vector<Picture> pictures;
         for (const Storage storage : sourceStorages(host))
-            if (storage != Storage::GWorld32 && storage != Storage::GWorld24 && storage != Storage::Bitmap)
+            if (!isLockable(storage))
                 pictures.push_back(upload(host, randomPicture(random, 5, 5), storage));
         Picture broken = upload(host, randomPicture(random, 5, 5));
         broken.quirks().lockFails = bitmaps;

@@ -14,17 +14,6 @@ namespace standin
 namespace
 {
 
-constexpr std::array<std::pair<std::string_view, Type>, 8> typeNames{{
-    {"boolean", Type::Boolean},
-    {"integer", Type::Integer},
-    {"UInt32", Type::UInt32},
-    {"color", Type::Color},
-    {"double", Type::Double},
-    {"string", Type::String},
-    {"memoryblock", Type::MemoryBlock},
-    {"picture", Type::Picture},
-}};
-
 char lower(char character)
 {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
@@ -87,9 +76,9 @@ private:
     {
         const std::string_view before = rest;
         const std::string name = word("a type");
-        for (const auto& [known, value] : typeNames)
-            if (sameName(name, known))
-                return value;
+        for (const Type type : all<Type>)
+            if (type != Type::Nothing && sameName(name, nameOf(type)))
+                return type;
         rest = before;
         fail("a known type");
     }
@@ -220,20 +209,6 @@ struct DefaultText
 
 } // namespace
 
-bool sameName(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char left, char right) { return lower(left) == lower(right); });
-}
-
-std::string_view typeName(Type type)
-{
-    for (const auto& [name, known] : typeNames)
-        if (known == type)
-            return name;
-    return "nothing";
-}
-
 std::size_t Declaration::requiredCount() const
 {
     return static_cast<std::size_t>(
@@ -248,8 +223,8 @@ std::string Declaration::parameterText() const
     {
         if (text.size() > 1)
             text += ", ";
-        text += (parameter.byref ? "byref " : "") + parameter.name + " as " +
-                std::string(typeName(parameter.type));
+        text +=
+            (parameter.byref ? "byref " : "") + parameter.name + " as " + std::string(nameOf(parameter.type));
         if (parameter.defaultValue)
             text += " = " + std::visit(DefaultText(), *parameter.defaultValue);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/names.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,8 +26,32 @@ enum class Type
     Picture
 };
 
-/// The name of a type as error texts show it, such as "integer".
-std::string_view typeName(Type type);
+/// The name of a type in declarations; only `Type::Nothing` is never written.
+constexpr std::string_view nameOf(Type type)
+{
+    switch (type)
+    {
+    case Type::Nothing:
+        return "nothing";
+    case Type::Boolean:
+        return "boolean";
+    case Type::Integer:
+        return "integer";
+    case Type::UInt32:
+        return "UInt32";
+    case Type::Color:
+        return "color";
+    case Type::Double:
+        return "double";
+    case Type::String:
+        return "string";
+    case Type::MemoryBlock:
+        return "memoryblock";
+    case Type::Picture:
+        return "picture";
+    }
+    return {};
+}
 
 /// A default value: nil, a boolean, an integer, a colour (unsigned) or a double.
 using Default = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double>;
@@ -54,8 +80,5 @@ struct Declaration
 /// Takes apart "Name(a as integer, byref b as memoryblock, c as color = &c88B5C4) as picture". Types, "as"
 /// and "byref" are read in any case. Throws Error, naming the place, for a text that is not a declaration.
 Declaration parseDeclaration(std::string_view text);
-
-/// Whether two names are the same in the host's language, which ignores case.
-bool sameName(std::string_view a, std::string_view b);
 
 } // namespace standin

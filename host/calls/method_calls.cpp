@@ -281,7 +281,7 @@ Value Core::assignMethod(const std::vector<const RegisteredMethod*>& overloads, 
         throw Error(method.declaration.name + " cannot be assigned to");
     const Type type = method.declaration.result;
     if (!std::visit(ConversionCost{type}, value.held()))
-        throw Error(method.declaration.name + " takes a value of type " + std::string(typeName(type)));
+        throw Error(method.declaration.name + " takes a value of type " + std::string(standin::nameOf(type)));
     return invoke(method, self, arguments, &value);
 }
 
@@ -430,7 +430,7 @@ void Core::setProperty(InstanceObject& instance, std::string_view name, const Va
     const RegisteredProperty& property = findProperty(instance, name);
     const Type type = propertyType(property);
     if (!std::visit(ConversionCost{type}, value.held()))
-        throw Error(property.name + " takes a value of type " + std::string(typeName(type)));
+        throw Error(property.name + " takes a value of type " + std::string(standin::nameOf(type)));
 
     if (!property.isField())
     {

@@ -108,12 +108,6 @@ void Core::insert(std::unique_ptr<Object> object)
     objects[handle] = std::move(object);
 }
 
-Storage Core::newStorage() const
-{
-    const bool desktop = options.kind == Kind::Desktop || options.kind == Kind::Unknown;
-    return options.newPictureStorage.value_or(desktop ? Storage::GWorld32 : Storage::Bitmap);
-}
-
 PictureObject* Core::makePicture(int width, int height, Storage storage)
 {
     const RowLayout layout{options.memory, options.padding, options.freshFill};

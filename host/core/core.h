@@ -60,8 +60,6 @@ public:
         insert(std::move(object));
         return result;
     }
-    /// The storage of a picture for which none is named.
-    Storage newStorage() const;
     /// Null when memory runs out.
     PictureObject* makePicture(int width, int height, Storage storage);
     MemoryBlockObject* makeMemoryBlock(std::int32_t size);

@@ -1,7 +1,6 @@
 #include "host/objects/pixel_rows.h"
 
 #include "abi/host_abi.h"
-#include "host/host.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,13 +23,6 @@ constexpr std::size_t rowGap = 16;
 
 constexpr std::size_t bitmapRecordWords = bitmapRowTableWord + 1;
 
-/// Widens the `bits` low bits of `value` to a byte, so that the largest value becomes 255.
-std::uint8_t widen(unsigned value, unsigned bits)
-{
-    const unsigned largest = (1U << bits) - 1;
-    return static_cast<std::uint8_t>((value & largest) * 255 / largest);
-}
-
 /// The row numbers in an order that is never the natural one for three rows and more, the same in every run.
 std::vector<std::size_t> shuffledOrder(std::size_t count)
 {
@@ -44,98 +36,12 @@ std::vector<std::size_t> shuffledOrder(std::size_t count)
 
 } // namespace
 
-int bytesPerPixel(Storage storage)
-{
-    constexpr int bitsPerByte = 8;
-    return depthOf(storage) / bitsPerByte;
-}
-
-int depthOf(Storage storage)
-{
-    switch (storage)
-    {
-    case Storage::GWorld24:
-        return 24;
-    case Storage::GWorld16:
-        return 16;
-    case Storage::GWorld8:
-        return 8;
-    default:
-        return 32;
-    }
-}
-
-bool isGWorld(Storage storage)
-{
-    return storage != Storage::Bitmap && storage != Storage::Drawable;
-}
-
-std::uint8_t opaqueAlpha(Storage storage)
-{
-    return storage == Storage::Bitmap ? 0 : 255;
-}
-
-Pixel loadPixel(Storage storage, const std::uint8_t* bytes)
-{
-    switch (storage)
-    {
-    case Storage::GWorld24:
-        return {bytes[0], bytes[1], bytes[2], 255};
-    case Storage::GWorld16:
-    {
-        const unsigned word = static_cast<unsigned>(bytes[0]) << 8 | bytes[1];
-        return {widen(word >> 10, 5), widen(word >> 5, 5), widen(word, 5), 255};
-    }
-    case Storage::GWorld8:
-        return {widen(bytes[0] >> 5U, 3), widen(bytes[0] >> 2U, 3), widen(bytes[0], 2), 255};
-    case Storage::Bitmap:
-        return {bytes[2], bytes[1], bytes[0], bytes[3]};
-    default:
-        return {bytes[1], bytes[2], bytes[3], bytes[0]};
-    }
-}
-
-void storePixel(Storage storage, std::uint8_t* bytes, Pixel pixel)
-{
-    switch (storage)
-    {
-    case Storage::GWorld24:
-        bytes[0] = pixel.red;
-        bytes[1] = pixel.green;
-        bytes[2] = pixel.blue;
-        break;
-    case Storage::GWorld16:
-    {
-        const unsigned word = (pixel.red >> 3U) << 10 | (pixel.green >> 3U) << 5 | pixel.blue >> 3U;
-        bytes[0] = static_cast<std::uint8_t>(word >> 8);
-        bytes[1] = static_cast<std::uint8_t>(word);
-        break;
-    }
-    case Storage::GWorld8:
-        bytes[0] =
-            static_cast<std::uint8_t>((pixel.red & 0xE0U) | (pixel.green >> 5U) << 2 | pixel.blue >> 6U);
-        break;
-    case Storage::Bitmap:
-        bytes[0] = pixel.blue;
-        bytes[1] = pixel.green;
-        bytes[2] = pixel.red;
-        bytes[3] = pixel.alpha;
-        break;
-    default:
-        bytes[0] = pixel.alpha;
-        bytes[1] = pixel.red;
-        bytes[2] = pixel.green;
-        bytes[3] = pixel.blue;
-        break;
-    }
-}
-
 std::optional<PixelRows> PixelRows::make(int width, int height, Storage storage, const RowLayout& layout,
                                          PixelPool& pool)
 {
     constexpr std::uint64_t largestPicture = 0x60000000;
 
-    const bool bitmap = storage == Storage::Bitmap;
+    const bool bitmap = traitsOf(storage).access == Access::Bitmap;
     const std::uint64_t rowSize = static_cast<std::uint64_t>(width) * bytesPerPixel(storage);
     const int padding = bitmap ? 0 : layout.padding;
     const std::uint64_t size = (rowSize + padding) * height;

@@ -1,27 +1,16 @@
 #pragma once
 
 #include "host/objects/guarded_block.h"
-#include "host/values/picture.h"
+#include "host/options.h"
+#include "host/values/storage.h"
 
-#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace standin
 {
-
-enum class Memory;
-
-/// Bytes of one pixel in memory.
-int bytesPerPixel(Storage storage);
-/// Bits of one pixel, as GetPixDepth tells them.
-int depthOf(Storage storage);
-bool isGWorld(Storage storage);
-Pixel loadPixel(Storage storage, const std::uint8_t* bytes);
-void storePixel(Storage storage, std::uint8_t* bytes, Pixel pixel);
-/// What the plug-in's writers put into the spare byte: 255 in A, 0 in X.
-std::uint8_t opaqueAlpha(Storage storage);
 
 /// Freed picture memory that waits for the next picture of its size.
 using PixelPool = std::multimap<std::size_t, std::unique_ptr<std::uint8_t[]>>;
@@ -60,7 +49,7 @@ public:
     }
     /// Whether all canary bytes are as they were.
     bool intact() const;
-    /// The words of a memory bitmap, made for storage Bitmap only.
+    /// The words of a memory bitmap, made for storages that are locked as bitmaps only.
     std::uint32_t* bitmapWords() const
     {
         return words;

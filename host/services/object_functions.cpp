@@ -19,6 +19,22 @@ RegisteredClass readNextClass(Core& core, REALclassDefinition* definition)
     return readClass(definition, core.nextHostWord);
 }
 
+std::string_view applicationClass(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::Desktop:
+        return "Application";
+    case Kind::Console:
+        return "ConsoleApplication";
+    case Kind::Web:
+        return "WebApplication";
+    case Kind::Unknown:
+        break;
+    }
+    return {};
+}
+
 template <class Handle>
 Handle* handleOf(Object& object)
 {
@@ -66,16 +82,9 @@ void unlockObject(Core& core, REALobject object)
 
 void* classReference(Core& core, const char* className)
 {
-    static std::array<char, 3> references;
-    static constexpr std::array<std::pair<std::string_view, Kind>, 3> applications{{
-        {"Application", Kind::Desktop},
-        {"ConsoleApplication", Kind::Console},
-        {"WebApplication", Kind::Web},
-    }};
-    for (std::size_t index = 0; index < applications.size(); ++index)
-        if (sameName(applications[index].first, className) && applications[index].second == core.options.kind)
-            return &references[index];
-    return nullptr;
+    static char reference;
+    const std::string_view own = applicationClass(core.options.kind);
+    return !own.empty() && sameName(own, className) ? &reference : nullptr;
 }
 
 bool getIntProperty(Core& core, REALobject object, const char* name, std::int32_t* value)

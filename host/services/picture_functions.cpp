@@ -79,7 +79,7 @@ REALpictureStruct* newPicture(Core& core, std::int32_t width, std::int32_t heigh
         core.fault("newPicture: depth " + std::to_string(depth) + " was asked");
     if (width < 1 || height < 1 || width > largestSide || height > largestSide)
         return nullptr;
-    PictureObject* picture = core.makePicture(width, height, core.newStorage());
+    PictureObject* picture = core.makePicture(width, height, core.options.storageOfNewPictures());
     if (picture != nullptr)
         picture->quirks = core.newPictureQuirks;
     return pictureHandle(picture);
@@ -97,7 +97,7 @@ void lockDescription(Core& core, REALpictureStruct* picture, REALpictureDescript
     auto* object = core.expect<PictureObject>(picture, "lockPictureDescription");
     if (object == nullptr)
         return;
-    const bool gworld = isGWorld(object->storage);
+    const bool gworld = traitsOf(object->storage).access == Access::GWorld;
     describe(*object, gworld ? static_cast<std::int32_t>(pictureGWorldPtr) : otherDescriptionType,
              gworld ? &object->gworld : nullptr, *description);
     if (description->type == pictureGWorldPtr)
@@ -112,8 +112,8 @@ bool lockDescriptionOfType(Core& core, REALpictureStruct* picture, REALpictureDe
     auto* object = core.expect<PictureObject>(picture, "REALLockPictureDescription");
     if (object == nullptr)
         return false;
-    object->lastLockFailed =
-        object->storage != Storage::Bitmap || object->quirks.lockFails || type != pictureMemoryBitmap;
+    object->lastLockFailed = traitsOf(object->storage).access != Access::Bitmap || object->quirks.lockFails ||
+                             type != pictureMemoryBitmap;
     if (object->lastLockFailed)
         return false;
     describe(*object, type, object->rows.bitmapWords(), *description);
@@ -148,7 +148,7 @@ REALpictureStruct* pictureFromBuffer(Core& core, std::int32_t width, std::int32_
     constexpr std::int32_t bgrxType = 1;
     if (pixelType != bgrxType || buffer == nullptr)
         return nullptr;
-    PictureObject* picture = core.makePicture(width, height, core.newStorage());
+    PictureObject* picture = core.makePicture(width, height, core.options.storageOfNewPictures());
     if (picture == nullptr)
         return nullptr;
     for (int y = 0; y < height; ++y)
@@ -158,7 +158,7 @@ REALpictureStruct* pictureFromBuffer(Core& core, std::int32_t width, std::int32_
         for (int x = 0; x < width; ++x, source += bytesPerPixel(Storage::Bitmap))
         {
             Pixel pixel = loadPixel(Storage::Bitmap, source);
-            pixel.alpha = opaqueAlpha(picture->storage);
+            pixel.alpha = traitsOf(picture->storage).opaqueAlpha;
             storePixel(picture->storage, picture->at(x, y), pixel);
         }
     }
@@ -192,7 +192,7 @@ void drawLine(Core& core, REALgraphicsStruct* graphics, std::int32_t x1, std::in
     PictureObject& picture = *object->picture;
     const Pixel color{static_cast<std::uint8_t>(object->foreColor >> 16),
                       static_cast<std::uint8_t>(object->foreColor >> 8),
-                      static_cast<std::uint8_t>(object->foreColor), opaqueAlpha(picture.storage)};
+                      static_cast<std::uint8_t>(object->foreColor), traitsOf(picture.storage).opaqueAlpha};
 
     // One step a pixel along the longer side; only those steps are taken that can touch the picture, since a
     // line may be as long as integers go.
@@ -237,7 +237,7 @@ void drawPicture(Core& core, REALgraphicsStruct* graphics, REALpictureStruct* im
                 continue;
             Pixel pixel =
                 loadPixel(source->storage, source->at(static_cast<int>(fromX), static_cast<int>(fromY)));
-            pixel.alpha = opaqueAlpha(target.storage);
+            pixel.alpha = traitsOf(target.storage).opaqueAlpha;
             storePixel(target.storage, target.at(column, row), pixel);
         }
 }

@@ -33,7 +33,7 @@ std::int16_t pixDepth(Core& core, PixMapHandle pixMap)
     const PictureObject* picture = core.expectAlias(pixMap, "GetPixDepth");
     if (picture == nullptr)
         return 0;
-    return static_cast<std::int16_t>(picture->quirks.depth.value_or(depthOf(picture->storage)));
+    return static_cast<std::int16_t>(picture->quirks.depth.value_or(traitsOf(picture->storage).depth));
 }
 
 Boolean lockPixels(Core& core, PixMapHandle pixMap)

@@ -115,7 +115,7 @@ void Picture::setRgb(std::span<const std::uint8_t> rgb)
 {
     const Storage kind = storage();
     forEachPacked(picture(), rgb, rgbSize, [kind](std::uint8_t* bytes, const std::uint8_t* tuple) {
-        storePixel(kind, bytes, {tuple[0], tuple[1], tuple[2], opaqueAlpha(kind)});
+        storePixel(kind, bytes, {tuple[0], tuple[1], tuple[2], traitsOf(kind).opaqueAlpha});
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/values/reference.h"
+#include "host/values/storage.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,28 +11,6 @@
 
 namespace standin
 {
-
-/// How a picture keeps its pixels.
-enum class Storage
-{
-    GWorld32, ///< QuickDraw pixel map, bytes A, R, G, B
-    GWorld24, ///< QuickDraw pixel map, bytes R, G, B
-    GWorld16, ///< QuickDraw pixel map, two bytes x1r5g5b5, high byte first
-    GWorld8,  ///< QuickDraw pixel map, one byte r3g3b2
-    Bitmap,   ///< memory bitmap (description type 10), bytes B, G, R, X, rows apart from each other
-    Drawable  ///< cannot be locked, only drawn; bytes A, R, G, B
-};
-
-/// One pixel. `alpha` is the stored byte as it is: A of GWorld32, X of Bitmap; storages without it read 255.
-struct Pixel
-{
-    std::uint8_t red = 0;
-    std::uint8_t green = 0;
-    std::uint8_t blue = 0;
-    std::uint8_t alpha = 0;
-
-    bool operator==(const Pixel&) const = default;
-};
 
 /// Ways in which a picture can be broken towards the plug-in; all off at first.
 struct PictureQuirks

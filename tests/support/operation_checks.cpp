@@ -20,10 +20,9 @@ void expectClean(TestHost& host, const SourceJob& job, const standin::Picture& s
 
 std::vector<standin::Storage> lockableStorages(const TestHost& host)
 {
-    using standin::Storage;
-    if (host.newStorage() == Storage::Bitmap)
-        return {Storage::Bitmap};
-    return {Storage::GWorld32, Storage::GWorld24};
+    std::vector<standin::Storage> storages = sourceStorages(host);
+    std::erase_if(storages, [](standin::Storage storage) { return !isLockable(storage); });
+    return storages;
 }
 
 bool isClean(const standin::Value& result, const standin::Value& clean)

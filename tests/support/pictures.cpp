@@ -25,11 +25,10 @@ int channelOf(reference::Pixel pixel, int channel)
 /// The spare byte that a wanted pixel has in a storage.
 std::uint8_t storedAlpha(reference::Pixel wanted, standin::Storage storage, Alpha alpha)
 {
-    if (storage != standin::Storage::GWorld32 && storage != standin::Storage::Bitmap)
+    const standin::StorageTraits traits = traitsOf(storage);
+    if (!traits.hasSpareByte)
         return 255;
-    if (alpha == Alpha::Opaque && wanted.alpha == 255)
-        return storage == standin::Storage::Bitmap ? 0 : 255;
-    return wanted.alpha;
+    return alpha == Alpha::Opaque && wanted.alpha == 255 ? traits.opaqueAlpha : wanted.alpha;
 }
 
 void savePng(const std::filesystem::path& file, const reference::Picture& picture)
@@ -193,10 +192,29 @@ const std::vector<std::pair<int, int>>& testSizes()
 
 std::vector<standin::Storage> sourceStorages(const TestHost& host)
 {
-    using standin::Storage;
-    if (host.setup().options.kind != standin::Kind::Desktop)
-        return {Storage::Bitmap};
-    return {Storage::GWorld32, Storage::GWorld24, Storage::GWorld16, Storage::GWorld8, Storage::Drawable};
+    const bool desktop = host.setup().options.kind == standin::Kind::Desktop;
+    return storagesThat([desktop](standin::Storage storage) {
+        return desktop == (traitsOf(storage).access != standin::Access::Bitmap);
+    });
+}
+
+bool isLockable(standin::Storage storage)
+{
+    constexpr int lowestDepth = 24;
+    const standin::StorageTraits traits = traitsOf(storage);
+    return traits.access != standin::Access::Drawn && traits.depth >= lowestDepth;
+}
+
+int bytesRead(const TestHost& host, const standin::Picture& picture)
+{
+    return bytesPerPixel(isLockable(picture.storage()) ? picture.storage() : host.newStorage());
+}
+
+std::vector<standin::Storage> gworlds(bool lockable)
+{
+    return storagesThat([lockable](standin::Storage storage) {
+        return traitsOf(storage).access == standin::Access::GWorld && isLockable(storage) == lockable;
+    });
 }
 
 standin::Picture upload(standin::Host& host, const reference::Picture& picture,
@@ -262,8 +280,8 @@ bool expectPicture(const reference::Picture& wanted, const standin::Picture& got
     if (count == 0)
         return true;
     ADD_FAILURE() << operation << ", picture of " << sizeText(wanted.width, wanted.height) << " in "
-                  << storageName(got.storage()) << ": " << count << " pixels differ, the first at "
-                  << first.str() << "; " << keepFailure(wanted, pixels);
+                  << nameOf(got.storage()) << ": " << count << " pixels differ, the first at " << first.str()
+                  << "; " << keepFailure(wanted, pixels);
     return false;
 }
 
@@ -281,7 +299,8 @@ standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, co
     const std::vector<std::uint8_t> before = source.rgba();
     const standin::Value result = host.call(source, method, arguments);
     EXPECT_FALSE(result.exception().has_value()) << callText(method, arguments);
-    const std::string operation = callText(method, arguments) + " on " + storageName(source.storage());
+    const std::string operation =
+        callText(method, arguments) + " on " + std::string(nameOf(source.storage()));
     expectPicture(wanted, result.picture(), operation, alpha);
     EXPECT_TRUE(before == source.rgba()) << operation << " changed its source";
     return result.picture();
@@ -317,10 +336,4 @@ void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
         EXPECT_EQ(result.width(), width);
         EXPECT_EQ(result.height(), height);
     }
-}
-
-std::string storageName(standin::Storage storage)
-{
-    constexpr const char* names[] = {"GWorld32", "GWorld24", "GWorld16", "GWorld8", "Bitmap", "Drawable"};
-    return names[static_cast<int>(storage)];
 }

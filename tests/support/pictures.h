@@ -68,6 +68,24 @@ const std::vector<std::pair<int, int>>& testSizes();
 /// The storages that pictures handed to the plug-in can have on this host, those included that must be drawn
 /// into a copy.
 std::vector<standin::Storage> sourceStorages(const TestHost& host);
+/// Whether the plug-in works in a picture's own memory, and not in a copy that the host draws.
+bool isLockable(standin::Storage storage);
+/// The bytes a pixel of what the plug-in reads: of the picture, or of its copy, which is stored as new
+/// pictures are.
+int bytesRead(const TestHost& host, const standin::Picture& picture);
+
+/// The storages for which `holds(storage)` is true.
+template <class Predicate>
+std::vector<standin::Storage> storagesThat(Predicate holds)
+{
+    std::vector<standin::Storage> storages;
+    for (const standin::Storage storage : standin::all<standin::Storage>)
+        if (holds(storage))
+            storages.push_back(storage);
+    return storages;
+}
+/// QuickDraw's storages: those that the plug-in locks, and those that it does not.
+std::vector<standin::Storage> gworlds(bool lockable);
 
 /// A host picture of these pixels, spare bytes as they are.
 standin::Picture upload(standin::Host& host, const reference::Picture& picture,
@@ -108,5 +126,3 @@ void expectNil(TestHost& host, const standin::Picture& source, const std::string
 /// picture for those that are just as large. `largestGivesPicture`: false to leave out the latter.
 void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
                                  const standin::Arguments& arguments = {}, bool largestGivesPicture = true);
-
-std::string storageName(standin::Storage storage);

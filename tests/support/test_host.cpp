@@ -2,33 +2,6 @@
 
 #include "tests/reference/picture.h"
 
-namespace
-{
-
-const char* kindName(standin::Kind kind)
-{
-    switch (kind)
-    {
-    case standin::Kind::Desktop:
-        return "desktop";
-    case standin::Kind::Console:
-        return "console";
-    case standin::Kind::Web:
-        return "web";
-    case standin::Kind::Unknown:
-        break;
-    }
-    return "unknown kind";
-}
-
-const char* storageName(standin::Storage storage)
-{
-    constexpr const char* names[] = {"GWorld32", "GWorld24", "GWorld16", "GWorld8", "Bitmap", "Drawable"};
-    return names[static_cast<int>(storage)];
-}
-
-} // namespace
-
 HostSetup HostSetup::version(double hostVersion) const
 {
     HostSetup result = *this;
@@ -41,7 +14,7 @@ HostSetup HostSetup::newPictures(standin::Storage storage) const
 {
     HostSetup result = *this;
     result.options.newPictureStorage = storage;
-    result.name += std::string(", new pictures ") + storageName(storage);
+    result.name += ", new pictures " + std::string(nameOf(storage));
     return result;
 }
 
@@ -59,7 +32,7 @@ HostSetup HostSetup::without(const std::set<std::string>& functions) const
 HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind)
 {
     HostSetup setup;
-    setup.name = std::string(artefactName(artefact)) + ", " + kindName(kind);
+    setup.name = std::string(nameOf(artefact)) + ", " + std::string(nameOf(kind));
     setup.options.artefact = artefact;
     setup.options.kind = kind;
     setup.options.plugin = artefact == standin::Artefact::SharedObject ? build::sharedObject : build::bundle;
@@ -90,11 +63,7 @@ TestHost::~TestHost()
 
 standin::Storage TestHost::newStorage() const
 {
-    if (hostSetup.options.newPictureStorage)
-        return *hostSetup.options.newPictureStorage;
-    const standin::Kind kind = hostSetup.options.kind;
-    return kind == standin::Kind::Console || kind == standin::Kind::Web ? standin::Storage::Bitmap
-                                                                        : standin::Storage::GWorld32;
+    return hostSetup.options.storageOfNewPictures();
 }
 
 void TestHost::expectBalanced(const std::string& when) const
@@ -108,11 +77,6 @@ void TestHost::limitLanes(int lanes)
     std::int32_t* limit = pluginVariable("qvrLaneLimit");
     ASSERT_NE(limit, nullptr) << "the plug-in has no variable qvrLaneLimit";
     *limit = lanes;
-}
-
-const char* artefactName(standin::Artefact artefact)
-{
-    return artefact == standin::Artefact::SharedObject ? "SharedObject" : "MacBundle";
 }
 
 std::vector<standin::Artefact> bundlesOfThisBuild()

@@ -102,17 +102,15 @@ protected:
     }
 };
 
-const char* artefactName(standin::Artefact artefact);
-
 /// The bundle when this build has one; under the sanitizers there is only the shared object.
 std::vector<standin::Artefact> bundlesOfThisBuild();
 
 /// Runs a suite on the shared object and on the bundle, each as a CTest entry of its own.
 #define ON_EVERY_ARTEFACT(Suite)                                                                             \
     INSTANTIATE_TEST_SUITE_P(SharedObject, Suite, testing::Values(standin::Artefact::SharedObject),          \
-                             [](const auto& info) { return artefactName(info.param); });                     \
+                             [](const auto& info) { return std::string(nameOf(info.param)); });              \
     INSTANTIATE_TEST_SUITE_P(MacBundle, Suite, testing::ValuesIn(bundlesOfThisBuild()),                      \
-                             [](const auto& info) { return artefactName(info.param); })
+                             [](const auto& info) { return std::string(nameOf(info.param)); })
 
 /// Makes each of the four hosts, runs `test(TestHost&)` on it and checks the ledger.
 template <class Test>

@@ -1,0 +1,107 @@
+/// \file
+/// What a stand-in host is to be like.
+#pragma once
+
+#include "host/names.h"
+#include "host/values/storage.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace standin
+{
+
+class Faults;
+
+/// Which build of the plug-in to load.
+enum class Artefact
+{
+    MacBundle,   ///< i386 Mach-O bundle, mapped by the host's own loader
+    SharedObject ///< i386 ELF shared object
+};
+
+constexpr std::string_view nameOf(Artefact artefact)
+{
+    switch (artefact)
+    {
+    case Artefact::MacBundle:
+        return "mac";
+    case Artefact::SharedObject:
+        return "linux";
+    }
+    return {};
+}
+
+/// The file that `artefact` is loaded from when no path is given.
+std::string defaultPluginPath(Artefact artefact);
+
+/// What kind of application the host runs, which decides on the class that it has.
+enum class Kind
+{
+    Desktop, ///< "Application"
+    Console, ///< "ConsoleApplication"
+    Web,     ///< "WebApplication"
+    Unknown  ///< none of them
+};
+
+constexpr std::string_view nameOf(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::Desktop:
+        return "desktop";
+    case Kind::Console:
+        return "console";
+    case Kind::Web:
+        return "web";
+    case Kind::Unknown:
+        return "unknown";
+    }
+    return {};
+}
+
+/// How picture memory is laid out.
+enum class Memory
+{
+    Guarded, ///< guard pages around pixels, rows, blocks and the plug-in's heap; for tests
+    Plain,   ///< ordinary memory, rows one after the other
+    Pooled   ///< as Plain, but a freed picture's memory serves the next one of its size, unfilled; for
+             ///< benchmarks
+};
+
+struct Options
+{
+    Artefact artefact = Artefact::SharedObject;
+    Kind kind = Kind::Desktop;
+    double version = 2013.03;
+    /// The file to load; empty: PictureQVR.so beside the running executable, or
+    /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
+    /// too.
+    std::string plugin;
+    /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32
+    /// on the desktop and where the kind is unknown, Bitmap else.
+    std::optional<Storage> newPictureStorage;
+    /// Which of them that is.
+    Storage storageOfNewPictures() const;
+
+    Memory memory = Memory::Guarded;
+    /// Bytes behind each row of a GWorld, filled with a canary. 0 makes the last row end at the guard page.
+    int padding = 12;
+    /// Every byte of a new picture's pixels, so that what stays unwritten shows.
+    std::uint8_t freshFill = 0xFF;
+    /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not
+    /// exist.
+    std::set<std::string> absent;
+    /// Classes that "PluginNewInstance" cannot make.
+    std::set<std::string> notInstantiable;
+    /// Keeps `callLog`.
+    bool logCalls = true;
+    /// Runs before the plug-in's entry point, to plan failures while it is being loaded.
+    std::function<void(Faults&)> beforeEntry;
+};
+
+} // namespace standin
