@@ -3,6 +3,7 @@
 #include "filters/lut3d.h"
 #include "filters/sepia.h"
 #include "frame/record_adaptation.h"
+#include "frame/table_rows.h"
 #include "globals/binary_string.h"
 #include "globals/combining.h"
 #include "globals/tinting.h"
@@ -34,167 +35,101 @@ constexpr int32_t firstWideLayout = 10;
 /// No console flag: for the desktop only.
 constexpr uint32_t desktopOnly = 0;
 
-/// The address of a handler, whatever its signature.
-template <class Handler>
-constexpr REALanyFunction address(Handler* handler)
-{
-    return reinterpret_cast<REALanyFunction>(handler);
-}
-
-template <class Handler>
-constexpr REALmethodDefinition method(uint32_t flags, Handler* handler, const char* declaration)
-{
-    return {address(handler), nullptr, declaration, flags, 0, nullptr};
-}
-
-template <class Handler, class Setter>
-constexpr REALmethodDefinition assignableMethod(uint32_t flags, Handler* handler, Setter* setter,
-                                                const char* declaration)
-{
-    return {address(handler), address(setter), declaration, flags, 0, nullptr};
-}
-
-template <class Row, int32_t Count>
-constexpr int32_t rowCount(Row (&)[Count])
-{
-    return Count;
-}
-
-/// Property access by the host itself.
-constexpr intptr_t standardAccess = -1;
-
-/// A property whose field the host reads and writes at a byte offset of the instance data.
-template <class Offset>
-constexpr REALproperty fieldProperty(uint32_t flags, const char* name, const char* type, Offset offset)
-{
-    const auto accessor = reinterpret_cast<REALanyFunction>(standardAccess);
-    return {nullptr, name, type, flags, accessor, accessor, static_cast<intptr_t>(offset), {}};
-}
-
-template <class Getter, class Setter>
-constexpr REALproperty accessorProperty(uint32_t flags, const char* name, const char* type, Getter* getter,
-                                        Setter* setter)
-{
-    return {nullptr, name, type, flags, address(getter), address(setter), 0, {}};
-}
-
 // clang-format off
 
 // The rows "FactorBlue" and "FactorGreen" are bound crosswise on purpose.
 REALproperty sepiaProperties[] = {
-    fieldProperty(desktopOnly, "SourcePicture", "Picture", offsetof(sepia::PictureSepiaData, SourcePicture)),
-    fieldProperty(desktopOnly, "DestinationPicture", "Picture", offsetof(sepia::PictureSepiaData, DestinationPicture)),
-    fieldProperty(desktopOnly, "MaxX", "Integer", offsetof(sepia::PictureSepiaData, MaxX)),
-    fieldProperty(desktopOnly, "MinX", "Integer", offsetof(sepia::PictureSepiaData, MinX)),
-    fieldProperty(desktopOnly, "MaxY", "Integer", offsetof(sepia::PictureSepiaData, MaxY)),
-    fieldProperty(desktopOnly, "MinY", "Integer", offsetof(sepia::PictureSepiaData, MinY)),
-    fieldProperty(desktopOnly, "SepiaRed", "Integer", offsetof(sepia::PictureSepiaData, SepiaRed)),
-    fieldProperty(desktopOnly, "SepiaGreen", "Integer", offsetof(sepia::PictureSepiaData, SepiaGreen)),
-    fieldProperty(desktopOnly, "SepiaBlue", "Integer", offsetof(sepia::PictureSepiaData, SepiaBlue)),
+    fieldProperty(desktopOnly, "SourcePicture", "Picture", QVR_FIELD(sepia::PictureSepiaData, SourcePicture)),
+    fieldProperty(desktopOnly, "DestinationPicture", "Picture", QVR_FIELD(sepia::PictureSepiaData, DestinationPicture)),
+    fieldProperty(desktopOnly, "MaxX", "Integer", QVR_FIELD(sepia::PictureSepiaData, MaxX)),
+    fieldProperty(desktopOnly, "MinX", "Integer", QVR_FIELD(sepia::PictureSepiaData, MinX)),
+    fieldProperty(desktopOnly, "MaxY", "Integer", QVR_FIELD(sepia::PictureSepiaData, MaxY)),
+    fieldProperty(desktopOnly, "MinY", "Integer", QVR_FIELD(sepia::PictureSepiaData, MinY)),
+    fieldProperty(desktopOnly, "SepiaRed", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaRed)),
+    fieldProperty(desktopOnly, "SepiaGreen", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaGreen)),
+    fieldProperty(desktopOnly, "SepiaBlue", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaBlue)),
     accessorProperty(desktopOnly, "FactorRed", "Double", sepia::GetFactorR, sepia::SetFactorR),
     accessorProperty(desktopOnly, "FactorBlue", "Double", sepia::GetFactorG, sepia::SetFactorG),
     accessorProperty(desktopOnly, "FactorGreen", "Double", sepia::GetFactorB, sepia::SetFactorB),
 };
 
 REALmethodDefinition sepiaMethods[] = {
-    method(desktopOnly, sepia::PictureSepiaClassDestructor, "Close"),
-    method(desktopOnly, sepia::Run, "Run as boolean"),
+    Filter::method(desktopOnly, sepia::PictureSepiaClassDestructor, "Close"),
+    Filter::method(desktopOnly, sepia::Run, "Run as boolean"),
 };
 
 REALproperty lut3dProperties[] = {
-    fieldProperty(consoleFlag, "SourcePicture", "Picture", offsetof(lut3d::Lut3DClassData, SourcePicture)),
-    fieldProperty(consoleFlag, "DestinationPicture", "Picture", offsetof(lut3d::Lut3DClassData, DestinationPicture)),
-    fieldProperty(consoleFlag, "MaxX", "Integer", offsetof(lut3d::Lut3DClassData, MaxX)),
-    fieldProperty(consoleFlag, "MinX", "Integer", offsetof(lut3d::Lut3DClassData, MinX)),
-    fieldProperty(consoleFlag, "MaxY", "Integer", offsetof(lut3d::Lut3DClassData, MaxY)),
-    fieldProperty(consoleFlag, "MinY", "Integer", offsetof(lut3d::Lut3DClassData, MinY)),
+    fieldProperty(consoleFlag, "SourcePicture", "Picture", QVR_FIELD(lut3d::Lut3DClassData, SourcePicture)),
+    fieldProperty(consoleFlag, "DestinationPicture", "Picture", QVR_FIELD(lut3d::Lut3DClassData, DestinationPicture)),
+    fieldProperty(consoleFlag, "MaxX", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MaxX)),
+    fieldProperty(consoleFlag, "MinX", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MinX)),
+    fieldProperty(consoleFlag, "MaxY", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MaxY)),
+    fieldProperty(consoleFlag, "MinY", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MinY)),
 };
 
 REALmethodDefinition lut3dMethods[] = {
-    method(consoleFlag, lut3d::Lut3DClassDestructor, "Close"),
-    method(consoleFlag, lut3d::Run, "Run as boolean"),
-    assignableMethod(consoleFlag, lut3d::GetPMX, lut3d::SetPMX, "Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double"),
+    Filter::method(consoleFlag, lut3d::Lut3DClassDestructor, "Close"),
+    Filter::method(consoleFlag, lut3d::Run, "Run as boolean"),
+    Filter::assignableMethod(consoleFlag, lut3d::GetPMX, lut3d::SetPMX, "Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double"),
 };
 
 REALmethodDefinition pictureMethods[] = {
-    method(desktopOnly, regionTests::ColornessQVR, "ColornessQVR(threshold as integer = 10) as double"),
-    method(desktopOnly, scrolling::ScrollVerticalQVR, "ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(desktopOnly, scrolling::ScrollHorizontalQVR, "ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(desktopOnly, scrolling::ScrollQVR, "ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean"),
-    method(consoleFlag, masks::PictureHasMask, "HasMaskQVR as boolean"),
-    method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture3, "ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture3, "ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture1, "ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture"),
-    method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture1, "ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture"),
-    method(consoleFlag, brightnessContrast::AbsBrightnessPicture3, "ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, brightnessContrast::LinBrightnessPicture3, "ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
-    method(consoleFlag, brightnessContrast::AbsBrightnessPicture1, "ChangeBrightnessAbsoluteQVR(Brightness as double) as picture"),
-    method(consoleFlag, brightnessContrast::LinBrightnessPicture1, "ChangeBrightnessLinearQVR(Brightness as double) as picture"),
-    method(consoleFlag, brightnessContrast::ContrastPicture1, "ChangeContrastQVR(Contrast as double) as picture"),
-    method(consoleFlag, brightnessContrast::ContrastPicture3, "ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture"),
-    method(consoleFlag, brightnessContrast::TransformPicture, "ChangeCustomQVR(a as double, b as double) as picture"),
-    method(consoleFlag, inversion::InvertPicture, "InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, inversion::InvertPicture2, "InvertQVR as picture"),
-    method(consoleFlag, inversion::InvertGrayPicture, "InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, inversion::InvertGrayPicture2, "InvertGrayQVR as picture"),
-    method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR, "ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
-    method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR2, "ExtractColorRectangleMaskQVR as picture"),
-    assignableMethod(consoleFlag, masks::GetEmbededMask, masks::SetEmbededMask, "EmbeddedMaskQVR(swap as boolean) as picture"),
-    method(consoleFlag, colourSearch::CountColorQVR, "CountColorQVR(col as color) as integer"),
-    method(desktopOnly, colourStatistics::CountColorsQVR, "CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)"),
-    method(desktopOnly, colourStatistics::TransformColorsQVR, "TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture"),
-    method(desktopOnly, colourSearch::ReplaceColorQVR, "ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture"),
-    method(desktopOnly, colourSearch::ExtractColorQVR, "ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture"),
-    method(consoleFlag, saturation::SaturationPicture, "ChangeSaturationQVR(Amount as integer) as picture"),
-    method(consoleFlag, channelReplacement::ReplaceRedChannel, "ReplaceRedChannelQVR(RedChannel as picture) as picture"),
-    method(consoleFlag, channelReplacement::ReplaceGreenChannel, "ReplaceGreenChannelQVR(GreenChannel as picture) as picture"),
-    method(consoleFlag, channelReplacement::ReplaceBlueChannel, "ReplaceBlueChannelQVR(BlueChannel as picture) as picture"),
-    method(consoleFlag, findPicture::FindPicture, "FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean"),
-    method(consoleFlag, regionTests::isWhite2, "isWhiteQVR as boolean"),
-    method(consoleFlag, regionTests::isWhite, "isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
-    method(consoleFlag, regionTests::isBlack2, "isBlackQVR as boolean"),
-    method(consoleFlag, regionTests::isBlack, "isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
-    method(consoleFlag, regionTests::isGray2, "isGrayQVR(tolerance as integer = 0) as boolean"),
-    method(consoleFlag, regionTests::isGray, "isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean"),
+    Picture::method(desktopOnly, regionTests::ColornessQVR, "ColornessQVR(threshold as integer = 10) as double"),
+    Picture::method(desktopOnly, scrolling::ScrollVerticalQVR, "ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    Picture::method(desktopOnly, scrolling::ScrollHorizontalQVR, "ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    Picture::method(desktopOnly, scrolling::ScrollQVR, "ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean"),
+    Picture::method(consoleFlag, masks::PictureHasMask, "HasMaskQVR as boolean"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture3, "ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture3, "ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastAbsBrightnessPicture1, "ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastLinBrightnessPicture1, "ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::AbsBrightnessPicture3, "ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::LinBrightnessPicture3, "ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::AbsBrightnessPicture1, "ChangeBrightnessAbsoluteQVR(Brightness as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::LinBrightnessPicture1, "ChangeBrightnessLinearQVR(Brightness as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastPicture1, "ChangeContrastQVR(Contrast as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::ContrastPicture3, "ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture"),
+    Picture::method(consoleFlag, brightnessContrast::TransformPicture, "ChangeCustomQVR(a as double, b as double) as picture"),
+    Picture::method(consoleFlag, inversion::InvertPicture, "InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    Picture::method(consoleFlag, inversion::InvertPicture2, "InvertQVR as picture"),
+    Picture::method(consoleFlag, inversion::InvertGrayPicture, "InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    Picture::method(consoleFlag, inversion::InvertGrayPicture2, "InvertGrayQVR as picture"),
+    Picture::method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR, "ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture"),
+    Picture::method(consoleFlag, colourSearch::ExtractColorRectangleMaskQVR2, "ExtractColorRectangleMaskQVR as picture"),
+    Picture::assignableMethod(consoleFlag, masks::GetEmbededMask, masks::SetEmbededMask, "EmbeddedMaskQVR(swap as boolean) as picture"),
+    Picture::method(consoleFlag, colourSearch::CountColorQVR, "CountColorQVR(col as color) as integer"),
+    Picture::method(desktopOnly, colourStatistics::CountColorsQVR, "CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)"),
+    Picture::method(desktopOnly, colourStatistics::TransformColorsQVR, "TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture"),
+    Picture::method(desktopOnly, colourSearch::ReplaceColorQVR, "ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture"),
+    Picture::method(desktopOnly, colourSearch::ExtractColorQVR, "ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture"),
+    Picture::method(consoleFlag, saturation::SaturationPicture, "ChangeSaturationQVR(Amount as integer) as picture"),
+    Picture::method(consoleFlag, channelReplacement::ReplaceRedChannel, "ReplaceRedChannelQVR(RedChannel as picture) as picture"),
+    Picture::method(consoleFlag, channelReplacement::ReplaceGreenChannel, "ReplaceGreenChannelQVR(GreenChannel as picture) as picture"),
+    Picture::method(consoleFlag, channelReplacement::ReplaceBlueChannel, "ReplaceBlueChannelQVR(BlueChannel as picture) as picture"),
+    Picture::method(consoleFlag, findPicture::FindPicture, "FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean"),
+    Picture::method(consoleFlag, regionTests::isWhite2, "isWhiteQVR as boolean"),
+    Picture::method(consoleFlag, regionTests::isWhite, "isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    Picture::method(consoleFlag, regionTests::isBlack2, "isBlackQVR as boolean"),
+    Picture::method(consoleFlag, regionTests::isBlack, "isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean"),
+    Picture::method(consoleFlag, regionTests::isGray2, "isGrayQVR(tolerance as integer = 0) as boolean"),
+    Picture::method(consoleFlag, regionTests::isGray, "isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean"),
 };
 
 REALmethodDefinition globalMethods[] = {
-    method(consoleFlag, binaryString::BinaryStringtoPicture, "BinaryStringtoPictureQVR(data as String) as Picture"),
-    method(consoleFlag, binaryString::PicturetoBinaryString, "PicturetoBinaryStringQVR(p as picture) as string"),
-    method(consoleFlag, combining::CombinePicturesQVR, "CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture"),
-    method(consoleFlag, combining::MergePicture, "MergePictureQVR(source1 as picture, source2 as picture) as picture"),
-    method(consoleFlag, tinting::TintPicture, "TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture"),
-    method(consoleFlag, waveform::RenderSamples, "RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture"),
+    globalMethod(consoleFlag, binaryString::BinaryStringtoPicture, "BinaryStringtoPictureQVR(data as String) as Picture"),
+    globalMethod(consoleFlag, binaryString::PicturetoBinaryString, "PicturetoBinaryStringQVR(p as picture) as string"),
+    globalMethod(consoleFlag, combining::CombinePicturesQVR, "CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture"),
+    globalMethod(consoleFlag, combining::MergePicture, "MergePictureQVR(source1 as picture, source2 as picture) as picture"),
+    globalMethod(consoleFlag, tinting::TintPicture, "TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture"),
+    globalMethod(consoleFlag, waveform::RenderSamples, "RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture"),
 };
 
 // clang-format on
 
-/// A constructor or destructor.
-using Lifecycle = void(REALobjectStruct* self);
-
-/// The definition of a filter class; the host wants instance data in multiples of 16 bytes.
-template <class Data, int32_t Properties, int32_t Methods>
-constexpr REALclassDefinition filterClass(uint32_t flags, const char* name, Lifecycle* constructor,
-                                          Lifecycle* destructor, REALproperty (&properties)[Properties],
-                                          REALmethodDefinition (&methods)[Methods])
-{
-    return {
-        .name = name,
-        .dataSize = (sizeof(Data) + 15) / 16 * 16,
-        .constructor = address(constructor),
-        .destructor = address(destructor),
-        .properties = properties,
-        .propertyCount = Properties,
-        .methods = methods,
-        .methodCount = Methods,
-        .flags = flags,
-    };
-}
-
 REALclassDefinition pictureExtension = {
     .name = "Picture",
     .methods = pictureMethods,
-    .methodCount = rowCount(pictureMethods),
+    .methodCount = sizeof pictureMethods / sizeof *pictureMethods,
     .flags = newConsoleFlag,
 };
 
