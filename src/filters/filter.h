@@ -1,8 +1,10 @@
 /// \file
-/// What the two filter classes share: instance data, the block that a run processes, and its result.
+/// What the two filter classes do alike: reach their data, hold their pictures, and choose what a run
+/// processes.
 #pragma once
 
 #include "editor/walks.h"
+#include "filters/filter_data.h"
 
 namespace qvr
 {
@@ -22,38 +24,34 @@ inline void releasePicture(REALpictureStruct*& field)
     field = nullptr;
 }
 
-/// A filter's rectangle as its properties give it; a maximum that is not above the minimum and below the
-/// picture's size means that size.
-struct FilterLimits
+/// Gives up both pictures.
+inline void releasePictures(FilterData& data)
 {
-    int32_t minX;
-    int32_t minY;
-    int32_t maxX;
-    int32_t maxY;
-};
+    releasePicture(data.SourcePicture);
+    releasePicture(data.DestinationPicture);
+}
 
 /// The block that a filter processes.
 ///
 /// It has the rectangle's size, but deliberately starts at the picture's top-left corner whatever the minimum
 /// is. A negative minimum would make it larger than the picture: columns end at the row's end, and rows past
 /// the last would only do row 0 and on once more, so both are cut.
-inline Block filterBlock(const PictureReader& reader, const FilterLimits& limits)
+inline Block filterBlock(const PictureReader& reader, const FilterData& data)
 {
     const auto extent = [](int32_t least, int32_t most, int32_t size) {
         const int32_t end = most > least && most < size ? most : size;
         return static_cast<int32_t>(minimum<int64_t>(static_cast<int64_t>(end) - least, size));
     };
-    return {0, extent(limits.minX, limits.maxX, reader.width), 0,
-            extent(limits.minY, limits.maxY, reader.height)};
+    return {0, extent(data.MinX, data.MaxX, reader.width), 0, extent(data.MinY, data.MaxY, reader.height)};
 }
 
-/// `mapPart` for a filter's block.
+/// `mapPart` for a filter's source and block.
 template <class Formula>
-REALpictureStruct* filterPicture(REALpictureStruct* source, const FilterLimits& limits,
-                                 const Formula& formula)
+REALpictureStruct* filterPicture(const FilterData& data, const Formula& formula)
 {
     return mapPart(
-        source, [&limits](const PictureReader& reader) { return filterBlock(reader, limits); }, formula);
+        data.SourcePicture, [&data](const PictureReader& reader) { return filterBlock(reader, data); },
+        formula);
 }
 
 } // namespace qvr

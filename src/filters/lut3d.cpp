@@ -155,27 +155,24 @@ void Lut3DClassConstructor(REALobjectStruct*)
 
 void Lut3DClassDestructor(REALobjectStruct* self)
 {
-    auto& data = instanceData<Lut3DClassData>(self, pictureLut3DClass);
-    releasePicture(data.SourcePicture);
-    releasePicture(data.DestinationPicture);
+    releasePictures(instanceData<Lut3DClassData>(self, pictureLut3DClass).filter);
 }
 
 signed char Run(REALobjectStruct* self)
 {
     auto& data = instanceData<Lut3DClassData>(self, pictureLut3DClass);
-    releasePicture(data.DestinationPicture);
+    releasePicture(data.filter.DestinationPicture);
     const auto* const cube = reinterpret_cast<const uint8_t*>(data.cube);
-    data.DestinationPicture =
-        filterPicture(data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [cube](auto pixels) {
-            const Tetrahedra tetrahedra(pixels.red(), pixels.green(), pixels.blue());
-            uint32_t levels[decltype(pixels)::count];
-            for (int32_t lane = 0; lane < pixels.count; ++lane)
-                levels[lane] = tetrahedra.levels(cube, lane);
-            decltype(pixels.red()) packed;
-            __builtin_memcpy(&packed, levels, sizeof packed);
-            return Channels{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
-        });
-    return data.DestinationPicture != nullptr ? 1 : 0;
+    data.filter.DestinationPicture = filterPicture(data.filter, [cube](auto pixels) {
+        const Tetrahedra tetrahedra(pixels.red(), pixels.green(), pixels.blue());
+        uint32_t levels[decltype(pixels)::count];
+        for (int32_t lane = 0; lane < pixels.count; ++lane)
+            levels[lane] = tetrahedra.levels(cube, lane);
+        decltype(pixels.red()) packed;
+        __builtin_memcpy(&packed, levels, sizeof packed);
+        return Channels{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
+    });
+    return data.filter.DestinationPicture != nullptr ? 1 : 0;
 }
 
 double GetPMX(REALobjectStruct* self, uint32_t r, uint32_t g, uint32_t b, uint32_t x)

@@ -2,7 +2,7 @@
 /// The class `PictureLut3DQVR`: colours mapped through a cube of nodes by tetrahedral interpolation.
 #pragma once
 
-#include "abi/host_abi.h"
+#include "filters/filter_data.h"
 
 namespace qvr::lut3d
 {
@@ -15,23 +15,13 @@ constexpr uint32_t cubeComponents = 3;
 /// The instance data; zero-filled by the host.
 struct Lut3DClassData
 {
-    REALpictureStruct* SourcePicture;      ///< counted
-    REALpictureStruct* DestinationPicture; ///< counted
-    int32_t MinX;
-    int32_t MinY;
-    int32_t MaxX;
-    int32_t MaxY;
+    FilterData filter;
     /// Output levels (0 to 255, but any double is kept) by node of red, green and blue; components red,
     /// green, blue.
     double cube[cubeNodes][cubeNodes][cubeNodes][cubeComponents];
 };
 
-static_assert(offsetof(Lut3DClassData, SourcePicture) == 0);
-static_assert(offsetof(Lut3DClassData, DestinationPicture) == 4);
-static_assert(offsetof(Lut3DClassData, MinX) == 8);
-static_assert(offsetof(Lut3DClassData, MinY) == 12);
-static_assert(offsetof(Lut3DClassData, MaxX) == 16);
-static_assert(offsetof(Lut3DClassData, MaxY) == 20);
+static_assert(offsetof(Lut3DClassData, filter) == 0);
 static_assert(offsetof(Lut3DClassData, cube) == 24);
 static_assert(sizeof(Lut3DClassData) == 139992);
 

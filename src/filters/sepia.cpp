@@ -31,9 +31,7 @@ void PictureSepiaClassConstructor(REALobjectStruct* self)
 
 void PictureSepiaClassDestructor(REALobjectStruct* self)
 {
-    PictureSepiaData& data = dataOf(self);
-    releasePicture(data.SourcePicture);
-    releasePicture(data.DestinationPicture);
+    releasePictures(dataOf(self).filter);
 }
 
 signed char Run(REALobjectStruct* self)
@@ -46,25 +44,23 @@ signed char Run(REALobjectStruct* self)
     const auto greenOffset = static_cast<uint32_t>(data.SepiaGreen);
     const auto blueOffset = static_cast<uint32_t>(data.SepiaBlue);
 
-    REALpictureStruct* const result =
-        filterPicture(data.SourcePicture, {data.MinX, data.MinY, data.MaxX, data.MaxY}, [=](auto pixels) {
-            using Words = decltype(pixels.words);
-            using Integers = decltype(pixels.red());
-            // Unsigned, since sums and products may wrap.
-            const auto sum =
-                reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
-                                           reinterpret_cast<Words>(pixels.green()) * greenWeight +
-                                           reinterpret_cast<Words>(pixels.red()) * redWeight);
-            // A shift rounds down; negative sums are to be rounded towards zero.
-            const auto grey = reinterpret_cast<Words>((sum + ((sum >> 31) & 1023)) >> 10);
-            return UnclampedChannels{reinterpret_cast<Integers>(grey + redOffset),
-                                     reinterpret_cast<Integers>(grey + greenOffset),
-                                     reinterpret_cast<Integers>(grey + blueOffset)};
-        });
+    REALpictureStruct* const result = filterPicture(data.filter, [=](auto pixels) {
+        using Words = decltype(pixels.words);
+        using Integers = decltype(pixels.red());
+        // Unsigned, since sums and products may wrap.
+        const auto sum = reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
+                                                    reinterpret_cast<Words>(pixels.green()) * greenWeight +
+                                                    reinterpret_cast<Words>(pixels.red()) * redWeight);
+        // A shift rounds down; negative sums are to be rounded towards zero.
+        const auto grey = reinterpret_cast<Words>((sum + ((sum >> 31) & 1023)) >> 10);
+        return UnclampedChannels{reinterpret_cast<Integers>(grey + redOffset),
+                                 reinterpret_cast<Integers>(grey + greenOffset),
+                                 reinterpret_cast<Integers>(grey + blueOffset)};
+    });
     if (result == nullptr)
         return 0;
     // The picture that was here is overwritten and not released; kept as it is.
-    data.DestinationPicture = result;
+    data.filter.DestinationPicture = result;
     return 1;
 }
 

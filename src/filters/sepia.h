@@ -2,7 +2,7 @@
 /// The class `PictureSepiaQVR`: a weighted grey level and an offset for each channel.
 #pragma once
 
-#include "abi/host_abi.h"
+#include "filters/filter_data.h"
 
 namespace qvr::sepia
 {
@@ -10,27 +10,17 @@ namespace qvr::sepia
 /// The instance data; zero-filled by the host before the constructor runs.
 struct PictureSepiaData
 {
-    double weight1;                        ///< of red; "FactorRed"
-    double weight2;                        ///< of green; "FactorBlue", deliberately crosswise
-    double weight3;                        ///< of blue; "FactorGreen", deliberately crosswise
-    REALpictureStruct* SourcePicture;      ///< counted
-    REALpictureStruct* DestinationPicture; ///< counted
-    int32_t MinX;
-    int32_t MinY;
-    int32_t MaxX;
-    int32_t MaxY;
+    double weight1; ///< of red; "FactorRed"
+    double weight2; ///< of green; "FactorBlue", deliberately crosswise
+    double weight3; ///< of blue; "FactorGreen", deliberately crosswise
+    FilterData filter;
     int32_t SepiaRed;
     int32_t SepiaGreen;
     int32_t SepiaBlue;
     int32_t unused;
 };
 
-static_assert(offsetof(PictureSepiaData, SourcePicture) == 24);
-static_assert(offsetof(PictureSepiaData, DestinationPicture) == 28);
-static_assert(offsetof(PictureSepiaData, MinX) == 32);
-static_assert(offsetof(PictureSepiaData, MinY) == 36);
-static_assert(offsetof(PictureSepiaData, MaxX) == 40);
-static_assert(offsetof(PictureSepiaData, MaxY) == 44);
+static_assert(offsetof(PictureSepiaData, filter) == 24);
 static_assert(offsetof(PictureSepiaData, SepiaRed) == 48);
 static_assert(offsetof(PictureSepiaData, SepiaGreen) == 52);
 static_assert(offsetof(PictureSepiaData, SepiaBlue) == 56);

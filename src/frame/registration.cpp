@@ -37,35 +37,37 @@ constexpr uint32_t desktopOnly = 0;
 
 // clang-format off
 
+/// The rows that every filter has, for data that has its `FilterData` at that byte, and then its own.
+template <class... Own>
+constexpr PropertyTable<6 + sizeof...(Own)> filterProperties(uint32_t flags, size_t data, const Own&... own)
+{
+    return {{
+        fieldProperty(flags, "SourcePicture", "Picture", QVR_FIELD(FilterData, SourcePicture).after(data)),
+        fieldProperty(flags, "DestinationPicture", "Picture", QVR_FIELD(FilterData, DestinationPicture).after(data)),
+        fieldProperty(flags, "MaxX", "Integer", QVR_FIELD(FilterData, MaxX).after(data)),
+        fieldProperty(flags, "MinX", "Integer", QVR_FIELD(FilterData, MinX).after(data)),
+        fieldProperty(flags, "MaxY", "Integer", QVR_FIELD(FilterData, MaxY).after(data)),
+        fieldProperty(flags, "MinY", "Integer", QVR_FIELD(FilterData, MinY).after(data)),
+        own...,
+    }};
+}
+
 // The rows "FactorBlue" and "FactorGreen" are bound crosswise on purpose.
-REALproperty sepiaProperties[] = {
-    fieldProperty(desktopOnly, "SourcePicture", "Picture", QVR_FIELD(sepia::PictureSepiaData, SourcePicture)),
-    fieldProperty(desktopOnly, "DestinationPicture", "Picture", QVR_FIELD(sepia::PictureSepiaData, DestinationPicture)),
-    fieldProperty(desktopOnly, "MaxX", "Integer", QVR_FIELD(sepia::PictureSepiaData, MaxX)),
-    fieldProperty(desktopOnly, "MinX", "Integer", QVR_FIELD(sepia::PictureSepiaData, MinX)),
-    fieldProperty(desktopOnly, "MaxY", "Integer", QVR_FIELD(sepia::PictureSepiaData, MaxY)),
-    fieldProperty(desktopOnly, "MinY", "Integer", QVR_FIELD(sepia::PictureSepiaData, MinY)),
+PropertyTable sepiaProperties = filterProperties(
+    desktopOnly, offsetof(sepia::PictureSepiaData, filter),
     fieldProperty(desktopOnly, "SepiaRed", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaRed)),
     fieldProperty(desktopOnly, "SepiaGreen", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaGreen)),
     fieldProperty(desktopOnly, "SepiaBlue", "Integer", QVR_FIELD(sepia::PictureSepiaData, SepiaBlue)),
     accessorProperty(desktopOnly, "FactorRed", "Double", sepia::GetFactorR, sepia::SetFactorR),
     accessorProperty(desktopOnly, "FactorBlue", "Double", sepia::GetFactorG, sepia::SetFactorG),
-    accessorProperty(desktopOnly, "FactorGreen", "Double", sepia::GetFactorB, sepia::SetFactorB),
-};
+    accessorProperty(desktopOnly, "FactorGreen", "Double", sepia::GetFactorB, sepia::SetFactorB));
 
 REALmethodDefinition sepiaMethods[] = {
     Filter::method(desktopOnly, sepia::PictureSepiaClassDestructor, "Close"),
     Filter::method(desktopOnly, sepia::Run, "Run as boolean"),
 };
 
-REALproperty lut3dProperties[] = {
-    fieldProperty(consoleFlag, "SourcePicture", "Picture", QVR_FIELD(lut3d::Lut3DClassData, SourcePicture)),
-    fieldProperty(consoleFlag, "DestinationPicture", "Picture", QVR_FIELD(lut3d::Lut3DClassData, DestinationPicture)),
-    fieldProperty(consoleFlag, "MaxX", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MaxX)),
-    fieldProperty(consoleFlag, "MinX", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MinX)),
-    fieldProperty(consoleFlag, "MaxY", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MaxY)),
-    fieldProperty(consoleFlag, "MinY", "Integer", QVR_FIELD(lut3d::Lut3DClassData, MinY)),
-};
+PropertyTable lut3dProperties = filterProperties(consoleFlag, offsetof(lut3d::Lut3DClassData, filter));
 
 REALmethodDefinition lut3dMethods[] = {
     Filter::method(consoleFlag, lut3d::Lut3DClassDestructor, "Close"),

@@ -61,6 +61,12 @@ template <class Value>
 struct Field
 {
     intptr_t offset;
+
+    /// The same field of a record that lies behind so many bytes.
+    constexpr Field after(size_t bytes) const
+    {
+        return {offset + static_cast<intptr_t>(bytes)};
+    }
 };
 
 #define QVR_FIELD(record, member) (qvr::frame::Field<decltype(record::member)>{offsetof(record, member)})
@@ -84,13 +90,19 @@ constexpr REALproperty accessorProperty(uint32_t flags, const char* name, AsItIs
     return {nullptr, name, type.text, flags, address(getter), address(setter), 0, {}};
 }
 
+template <size_t Count>
+struct PropertyTable
+{
+    REALproperty rows[Count];
+};
+
 /// A constructor or destructor.
 using Lifecycle = void(REALobjectStruct* self);
 
 /// The definition of a filter class; the host wants instance data in multiples of 16 bytes.
-template <class Data, int32_t Properties, int32_t Methods>
+template <class Data, size_t Properties, size_t Methods>
 constexpr REALclassDefinition filterClass(uint32_t flags, const char* name, Lifecycle* constructor,
-                                          Lifecycle* destructor, REALproperty (&properties)[Properties],
+                                          Lifecycle* destructor, PropertyTable<Properties>& properties,
                                           REALmethodDefinition (&methods)[Methods])
 {
     return {
@@ -98,7 +110,7 @@ constexpr REALclassDefinition filterClass(uint32_t flags, const char* name, Life
         .dataSize = (sizeof(Data) + 15) / 16 * 16,
         .constructor = address(constructor),
         .destructor = address(destructor),
-        .properties = properties,
+        .properties = properties.rows,
         .propertyCount = Properties,
         .methods = methods,
         .methodCount = Methods,
