@@ -1,5 +1,7 @@
 /// \file
-/// Measures how fast the plug-in's methods are, beside a memcpy of as many bytes and beside other libraries.
+/// Measures how fast the plug-in's methods are, in turn with a memcpy of as many bytes and with other
+/// libraries.
+#include "bench/peer_programs.h"
 #include "bench/report.h"
 #include "bench/rows.h"
 
@@ -14,6 +16,7 @@
 #include <cstdio>
 #include <exception>
 #include <malloc.h>
+#include <memory>
 
 namespace bench
 {
@@ -28,11 +31,14 @@ struct Options
     std::string storage = "gworld32";
     std::string resultStorage;
     std::string photo;
-    int lanes = 0;
+    std::string command = "./dev bench";
+    std::vector<int> lanes;
     Effort effort;
     double megapixels = 12;
+    bool peers = false;
     bool growth = false;
     bool json = false;
+    bool markdown = false;
     bool list = false;
 };
 
@@ -46,9 +52,22 @@ Setting settingOf(const Options& options)
                                 ? standin::valueNamed<standin::Storage>(options.resultStorage)
                             : options.storage == "bitmap" ? standin::Storage::Bitmap
                                                           : standin::Storage::GWorld32;
-    if (options.lanes != 0)
-        setting.lanes = options.lanes;
+    if (options.peers && (setting.sourceStorage != standin::Storage::GWorld32 ||
+                          setting.resultStorage != standin::Storage::GWorld32))
+        throw standin::Error("peers are compared on pictures of the storage gworld32 only");
     return setting;
+}
+
+/// How many pixels side by side are to be measured: what was asked for, as far as the processor has it.
+std::vector<int> laneLimits(const Options& options)
+{
+    constexpr int wide = 8;
+    std::vector<int> limits = options.lanes.empty() ? std::vector{wide, 4} : options.lanes;
+    if (!__builtin_cpu_supports("avx2") && std::erase(limits, wide) > 0)
+        std::fprintf(stderr, "this processor has no AVX2, so there are four lanes at most\n");
+    if (limits.empty())
+        throw standin::Error("nothing is left to measure");
+    return limits;
 }
 
 bool contains(const std::string& text, const std::string& part)
@@ -57,9 +76,15 @@ bool contains(const std::string& text, const std::string& part)
     return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
 }
 
-std::vector<Row> chosenRows(const std::vector<std::string>& filters)
+std::vector<Row> chosenRows(const std::vector<std::string>& filters, bool comparedOnly)
 {
     std::vector<Row> rows = allRows();
+    if (comparedOnly)
+        std::erase_if(rows, [all = rows](const Row& row) {
+            const bool compared =
+                std::any_of(all.begin(), all.end(), [&](const Row& part) { return part.whole == row.name; });
+            return row.work.empty() && row.whole.empty() && !compared;
+        });
     for (const std::string& filter : filters)
         if (std::none_of(rows.begin(), rows.end(),
                          [&](const Row& row) { return contains(row.name, filter); }))
@@ -91,9 +116,12 @@ public:
     explicit Session(const Options& chosen)
         : options(chosen),
           setting(settingOf(chosen)),
-          rows(chosenRows(chosen.filters)),
+          lanes(laneLimits(chosen)),
+          rows(chosenRows(chosen.filters, chosen.peers)),
           photograph(readPhoto(chosen.photo))
     {
+        if (options.peers)
+            peers = std::make_unique<PeerPrograms>();
     }
 
     /// Gives the exit status: 1 when a row could not be measured.
@@ -109,6 +137,61 @@ public:
     }
 
 private:
+    /// Memcpy, the plug-in with each limit of lanes, and all peers, in turn.
+    void measureJob(const Row& row, const Job& job, Workshop& workshop, Result& result)
+    {
+        std::vector<PeerWay> ways;
+        std::vector<std::string> failures;
+        if (peers && !row.work.empty())
+        {
+            workshop.limitLanes(lanes.front());
+            ways = peers->prepare(row.work, job, failures);
+        }
+        for (const std::string& failure : failures)
+        {
+            std::fprintf(stderr, "%s: %s\n", row.name.c_str(), failure.c_str());
+            failed = true;
+        }
+
+        const auto copySize = static_cast<std::size_t>(job.bytes / 2);
+        buffers.reserve(copySize);
+        std::vector<Contestant> contestants;
+        contestants.push_back({[this, copySize](int times) {
+            return secondsOf([&] {
+                       for (int time = 0; time < times; ++time)
+                           buffers.copy(copySize);
+                   }) /
+                   times;
+        }});
+        for (const int limit : lanes)
+            contestants.push_back({[&job, &workshop, limit](int times) {
+                workshop.limitLanes(limit);
+                return secondsOfRun(job, times);
+            }});
+        for (const PeerWay& way : ways)
+            contestants.push_back({way.secondsOfRun, true});
+
+        const std::vector<Timing> timings = measureInTurn(row.name, contestants, options.effort);
+        result.memcpy = timings.front();
+        auto timing = timings.begin() + 1;
+        for (const int limit : lanes)
+            result.plugIn.push_back({limit, *timing++});
+        for (const PeerWay& way : ways)
+            result.peers.push_back({way.name, way.difference, *timing++});
+    }
+
+    static double secondsOfRun(const Job& job, int times)
+    {
+        double seconds = 0;
+        for (int time = 0; time < times; ++time)
+        {
+            seconds += secondsOf(job.run);
+            if (job.reset)
+                job.reset();
+        }
+        return seconds / times;
+    }
+
     Result measureRow(const Row& row, Workshop& workshop)
     {
         Result result;
@@ -116,10 +199,11 @@ private:
         result.height = workshop.height;
         try
         {
+            Progress(row.name).show("preparing");
             const Job job = row.prepare(workshop);
             result.items = job.items;
             result.bytes = job.bytes;
-            result.measurement = measure(row.name, job, options.effort, buffers);
+            measureJob(row, job, workshop, result);
         }
         catch (const std::exception& error)
         {
@@ -135,17 +219,22 @@ private:
     {
         const Size size(options.megapixels);
         Workshop workshop(setting, photograph, size.width, size.height);
+        Table table(options.markdown ? Table::Style::Markdown : Table::Style::Aligned, lanes, options.peers);
+        if (options.markdown)
+            std::printf("%s, %d x %d pixels.\n\n",
+                        (describeRun(options.command) + ", artefact " + options.artefact).c_str(), size.width,
+                        size.height);
         if (!options.json)
-            printHead();
+            table.printHead();
         for (const Row& row : rows)
         {
             const Result result = measureRow(row, workshop);
             if (!options.json)
-                printRow(row, result, options.effort.rounds);
+                table.printRow(row, result);
         }
         if (!options.json)
-            printLegend(buffers);
-        if (!options.filters.empty())
+            table.printLegend();
+        if (!options.filters.empty() || options.peers)
             return;
         for (const std::string& method : methodsWithoutRow(workshop))
         {
@@ -182,16 +271,17 @@ private:
 
     nlohmann::json document() const
     {
-        return {{"artefact", options.artefact},     {"storage", options.storage},
-                {"lanes", options.lanes},           {"photoWidth", photograph.width},
-                {"photoHeight", photograph.height}, {"rows", report}};
+        return {{"artefact", options.artefact},   {"storage", options.storage},       {"lanes", lanes},
+                {"photoWidth", photograph.width}, {"photoHeight", photograph.height}, {"rows", report}};
     }
 
     const Options options;
     const Setting setting;
+    const std::vector<int> lanes;
     const std::vector<Row> rows;
     const media::Image photograph;
     CopyBuffers buffers;
+    std::unique_ptr<PeerPrograms> peers;
     nlohmann::json report = nlohmann::json::array();
     bool failed = false;
 };
@@ -212,9 +302,12 @@ int benchMain(int argc, char** argv)
     app.add_option("--result-storage", options.resultStorage,
                    "How the host makes new pictures; default: bitmap beside bitmap, else gworld32")
         ->check(CLI::IsMember(standin::allNames<standin::Storage>()));
-    app.add_option("--lanes", options.lanes, "Most pixels side by side; default: what the processor offers")
+    app.add_option("--lanes", options.lanes,
+                   "Most pixels side by side; \"8,4\", the default, measures both in turn")
+        ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember({4, 8}));
-    app.add_option("--rounds", options.effort.rounds, "Rounds of each row")
+    app.add_option("--rounds", options.effort.rounds, "Most rounds of each row")
         ->check(CLI::Range(1, 10000))
         ->capture_default_str();
     app.add_option("--seconds", options.effort.secondsPerRow,
@@ -227,14 +320,22 @@ int benchMain(int argc, char** argv)
     app.add_option("--photo", options.photo,
                    std::string("JPEG or PNG to measure with; default: ") + defaultPhoto)
         ->check(CLI::ExistingFile);
-    app.add_flag("--growth", options.growth, "Measure at 0.25, 1, 4, 12 and 48 megapixels");
-    app.add_flag("--json", options.json, "Print JSON in place of the table");
+    auto* peers =
+        app.add_flag("--peers", options.peers, "Measure other libraries too, in turn with the plug-in");
+    auto* growth = app.add_flag("--growth", options.growth, "Measure at 0.25, 1, 4, 12 and 48 megapixels");
+    auto* json = app.add_flag("--json", options.json, "Print JSON in place of the table");
+    app.add_flag("--markdown", options.markdown, "Print the table as Markdown")
+        ->excludes(json)
+        ->excludes(growth);
+    growth->excludes(peers);
     app.add_flag("--list", options.list, "Print the names of the rows");
     CLI11_PARSE(app, argc, argv);
 
+    for (int index = 1; index < argc; ++index)
+        options.command += std::string(" ") + argv[index];
     if (options.list)
     {
-        for (const Row& row : chosenRows(options.filters))
+        for (const Row& row : chosenRows(options.filters, options.peers))
             std::printf("%s\n", row.name.c_str());
         return 0;
     }

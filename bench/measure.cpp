@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <unistd.h>
-#include <vector>
 
 namespace bench
 {
@@ -17,15 +18,17 @@ namespace bench
 namespace
 {
 
-/// Short runs are repeated within a round until they have taken this long.
-constexpr double secondsPerRound = 0.004;
-
-double secondsOf(const std::function<void()>& work)
-{
-    const double start = processSeconds();
-    work();
-    return processSeconds() - start;
-}
+/// Short runs are repeated within a turn until they have taken this long.
+constexpr double secondsPerTurn = 0.01;
+/// A turn of runs shorter than this begins with one that does not count, since the others have used the
+/// caches and the processor may have slept.
+constexpr double secondsWorthWarming = 0.2;
+/// Times count as settled when so many more rounds have not moved them by more than this share.
+constexpr int roundsToSettle = 5;
+constexpr double settledShare = 0.01;
+/// Who may rest does so after some rounds, when so much slower than the fastest.
+constexpr int roundsBeforeRest = 3;
+constexpr double slowEnoughToRest = 1.5;
 
 double median(std::vector<double> values)
 {
@@ -39,24 +42,92 @@ Best bestAndMedian(const std::vector<double>& values)
     return {*std::min_element(values.begin(), values.end()), median(values)};
 }
 
-double secondsOfRun(const Job& job)
+/// A contestant and the times of its turns.
+struct Player
 {
-    const double seconds = secondsOf(job.run);
-    if (job.reset)
-        job.reset();
-    return std::max(seconds, 1e-9);
+    explicit Player(const Contestant& chosen) : contestant(chosen)
+    {
+        // The first run meets memory never touched before, so only the second one tells how long it takes.
+        once = timeOf(1);
+        if (once < 1)
+            once = timeOf(1);
+        times = std::clamp(static_cast<int>(secondsPerTurn / once), 1, 1000);
+    }
+
+    /// Gives about how long the turn took.
+    double takeTurn()
+    {
+        double warming = 0;
+        if (once < secondsWorthWarming)
+            warming = timeOf(1);
+        seconds.push_back(timeOf(times));
+        return warming + seconds.back() * times;
+    }
+
+    /// Whether the last rounds have changed nothing.
+    bool settled() const
+    {
+        if (resting)
+            return true;
+        if (seconds.size() <= roundsToSettle)
+            return false;
+        const Best now = bestAndMedian(seconds);
+        const Best before = bestAndMedian({seconds.begin(), seconds.end() - roundsToSettle});
+        const auto close = [](double a, double b) { return std::abs(a - b) <= settledShare * b; };
+        return close(now.best, before.best) && close(now.median, before.median);
+    }
+
+    const Contestant& contestant;
+    double once = 0;
+    int times = 1;
+    bool resting = false;
+    std::vector<double> seconds;
+
+private:
+    double timeOf(int runs) const
+    {
+        return std::max(contestant.secondsOfRun(runs), 1e-9);
+    }
+};
+
+void letSlowOnesRest(std::vector<Player>& players)
+{
+    double fastest = std::numeric_limits<double>::infinity();
+    for (const Player& player : players)
+        if (player.contestant.mayRest)
+            fastest = std::min(fastest, bestAndMedian(player.seconds).best);
+    for (Player& player : players)
+        if (player.contestant.mayRest && bestAndMedian(player.seconds).best > slowEnoughToRest * fastest)
+            player.resting = true;
 }
 
-template <class Once>
-double average(int repetitions, Once once)
+Timing timingOf(const Player& player, const Player& yardstick)
 {
-    double sum = 0;
-    for (int repetition = 0; repetition < repetitions; ++repetition)
-        sum += once();
-    return sum / repetitions;
+    std::vector<double> ratios;
+    for (std::size_t round = 0; round < player.seconds.size(); ++round)
+        ratios.push_back(player.seconds[round] / yardstick.seconds[round]);
+    Timing timing;
+    timing.rounds = static_cast<int>(player.seconds.size());
+    timing.seconds = bestAndMedian(player.seconds);
+    timing.ratio = {timing.seconds.best / bestAndMedian(yardstick.seconds).best, median(ratios)};
+    return timing;
+}
+
+double processSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 } // namespace
+
+double secondsOf(const std::function<void()>& work)
+{
+    const double start = processSeconds();
+    work();
+    return processSeconds() - start;
+}
 
 void CopyBuffers::reserve(std::size_t size)
 {
@@ -81,16 +152,6 @@ void CopyBuffers::copy(std::size_t size)
     asm volatile("" : : "r"(target.get()) : "memory");
 }
 
-double CopyBuffers::secondsToCopy(std::size_t size)
-{
-    constexpr int tries = 15;
-    reserve(size);
-    double best = secondsOf([&] { copy(size); });
-    for (int attempt = 1; attempt < tries; ++attempt)
-        best = std::min(best, secondsOf([&] { copy(size); }));
-    return best;
-}
-
 void CopyBuffers::free()
 {
     source.reset();
@@ -98,47 +159,40 @@ void CopyBuffers::free()
     capacity = 0;
 }
 
-double processSeconds()
+std::vector<Timing> measureInTurn(const std::string& row, const std::vector<Contestant>& contestants,
+                                  const Effort& effort)
 {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-Measurement measure(const std::string& name, const Job& job, const Effort& effort, CopyBuffers& buffers)
-{
-    Progress progress(name);
-    progress.show("warming up");
-    const auto copySize = static_cast<std::size_t>(job.bytes / 2);
-    buffers.reserve(copySize);
-    const auto copy = [&] { buffers.copy(copySize); };
-    copy();
-    // The first run meets memory never touched before, so only the second one tells how long it takes.
-    double once = secondsOfRun(job);
-    if (once < 1)
-        once = secondsOfRun(job);
-
-    const int repetitions = std::clamp(static_cast<int>(secondsPerRound / once), 1, 1000);
-    const int affordable = static_cast<int>(effort.secondsPerRow / (once * repetitions));
-    const int rounds = std::clamp(affordable, 1, std::max(effort.rounds, 1));
-
-    std::vector<double> seconds;
-    std::vector<double> copies;
-    std::vector<double> ratios;
-    for (int round = 0; round < rounds; ++round)
+    Progress progress(row);
+    std::vector<Player> players;
+    players.reserve(contestants.size());
+    for (const Contestant& contestant : contestants)
     {
-        progress.show("round " + std::to_string(round + 1) + " of " + std::to_string(rounds));
-        seconds.push_back(average(repetitions, [&] { return secondsOfRun(job); }));
-        copies.push_back(average(repetitions, [&] { return secondsOf(copy); }));
-        ratios.push_back(seconds.back() / copies.back());
+        progress.show("warming up");
+        players.emplace_back(contestant);
     }
 
-    Measurement result;
-    result.rounds = rounds;
-    result.seconds = bestAndMedian(seconds);
-    result.memcpySeconds = bestAndMedian(copies);
-    result.ratio = {result.seconds.best / result.memcpySeconds.best, median(ratios)};
-    return result;
+    double secondsSpent = 0;
+    for (int round = 1; round <= effort.rounds; ++round)
+    {
+        progress.show("round " + std::to_string(round));
+        double secondsOfRound = 0;
+        for (Player& player : players)
+            if (!player.resting)
+                secondsOfRound += player.takeTurn();
+        secondsSpent += secondsOfRound;
+        if (round == roundsBeforeRest)
+            letSlowOnesRest(players);
+        const bool settled = std::all_of(players.begin(), players.end(),
+                                         [](const Player& player) { return player.settled(); });
+        if (settled || secondsSpent + secondsOfRound > effort.secondsPerRow)
+            break;
+    }
+
+    std::vector<Timing> timings;
+    timings.reserve(players.size());
+    for (const Player& player : players)
+        timings.push_back(timingOf(player, players.front()));
+    return timings;
 }
 
 double Progress::wallSeconds()
@@ -148,21 +202,16 @@ double Progress::wallSeconds()
 
 void Progress::show(const std::string& state)
 {
-    if (wallSeconds() - started < 1)
+    if (isatty(STDERR_FILENO) == 0 || wallSeconds() - started < 1)
         return;
     const std::string text = name + ": " + state;
-    const bool terminal = isatty(STDERR_FILENO) != 0;
-    // A log gets one line for each slow row, a terminal one that moves.
-    if (terminal)
-        std::fprintf(stderr, "\r%-*s", static_cast<int>(shown), text.c_str());
-    else if (shown == 0)
-        std::fprintf(stderr, "%s\n", text.c_str());
+    std::fprintf(stderr, "\r%-*s", static_cast<int>(shown), text.c_str());
     shown = text.size();
 }
 
 Progress::~Progress()
 {
-    if (shown != 0 && isatty(STDERR_FILENO) != 0)
+    if (shown != 0)
         std::fprintf(stderr, "\r%-*s\r", static_cast<int>(shown), "");
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// Times a piece of work in turn with a plain memcpy.
+/// Times pieces of work in turn, so that whatever else the machine does meets all of them alike.
 #pragma once
 
 #include <cstddef>
@@ -8,19 +8,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace bench
 {
 
-/// Work to be timed. Only `run` counts; `reset` gives the result back, so that the next run finds its memory
-/// touched.
-struct Job
-{
-    std::function<void()> run;
-    std::function<void()> reset = {};
-    double items = 0; ///< pixels or samples that one run processes
-    double bytes = 0; ///< bytes that one run has to read and write
-};
+using Bytes = std::vector<std::uint8_t>;
 
 struct Best
 {
@@ -28,19 +21,33 @@ struct Best
     double median = 0;
 };
 
-struct Measurement
+/// How long one of the contestants took.
+struct Timing
 {
+    Best seconds; ///< of one run
+    Best ratio;   ///< to the yardstick: best to best, and the median of the rounds
     int rounds = 0;
-    Best seconds;       ///< of one run
-    Best memcpySeconds; ///< of a memcpy that moves as many bytes (half of them read, half written)
-    Best ratio;         ///< run to memcpy: best to best, and the median of the rounds
 };
 
 struct Effort
 {
-    int rounds = 15;           ///< rounds when time allows
-    double secondsPerRow = 30; ///< fewer rounds, but at least one, when they would take longer
+    int rounds = 40;           ///< rounds when they do not settle earlier
+    double secondsPerRow = 60; ///< fewer rounds, but at least one, when they would take longer
 };
+
+/// Somebody who takes turns.
+struct Contestant
+{
+    /// Does the work so many times in a row; gives the processor time of one time, the average.
+    std::function<double(int times)> secondsOfRun;
+    /// Whether it may sit out the later rounds once it is clearly slower than the fastest such contestant.
+    bool mayRest = false;
+};
+
+/// Lets all contestants run in turn, round after round until the best times and the medians settle. The first
+/// contestant is the yardstick of the others. Long rows say on stderr how far they are.
+std::vector<Timing> measureInTurn(const std::string& row, const std::vector<Contestant>& contestants,
+                                  const Effort& effort);
 
 /// Memory for the memcpy, kept and touched beforehand.
 class CopyBuffers
@@ -49,8 +56,6 @@ public:
     void reserve(std::size_t size);
     void copy(std::size_t size);
     void free();
-    /// Processor time of a copy, the best of some.
-    double secondsToCopy(std::size_t size);
 
 private:
     struct Release
@@ -65,14 +70,11 @@ private:
     std::size_t capacity = 0;
 };
 
-/// Processor time of this process in seconds: other programs on the machine do not count.
-double processSeconds();
+/// Processor time of `work` in seconds: other programs on the machine do not count.
+double secondsOf(const std::function<void()>& work);
 
-/// Runs once to warm up, then `effort.rounds` rounds of work and memcpy. Long rows say on stderr how far they
-/// are.
-Measurement measure(const std::string& name, const Job& job, const Effort& effort, CopyBuffers& buffers);
-
-/// Text on stderr that overwrites itself, for what takes longer than a second.
+/// Text on stderr that overwrites itself, for what takes longer than a second; nothing where stderr is no
+/// terminal.
 class Progress
 {
 public:

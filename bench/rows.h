@@ -2,8 +2,7 @@
 /// What is measured: every method at least once, and the inputs that are worst for it.
 #pragma once
 
-#include "bench/measure.h"
-#include "bench/peers.h"
+#include "bench/job.h"
 #include "bench/workshop.h"
 
 #include <functional>
@@ -24,9 +23,10 @@ enum class Unit
 struct Row
 {
     std::string name;
-    const Peer* peer; ///< null where nobody does the same
+    std::string work; ///< what peers call it; empty where nobody does the same
     std::function<Job(Workshop&)> prepare;
     Unit unit = Unit::Pixels;
+    std::string whole = {}; ///< the row of the whole picture, for one that measures a rectangle
 };
 
 /// All rows, in the order of the table.

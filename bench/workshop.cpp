@@ -34,12 +34,17 @@ Workshop::Workshop(const Setting& chosen, const media::Image& photographToUse, i
       setting(chosen),
       photograph(photographToUse)
 {
-    if (!setting.lanes)
-        return;
+}
+
+void Workshop::limitLanes(int lanes)
+{
     std::int32_t* limit = host.pluginVariable("qvrLaneLimit");
     if (limit == nullptr)
-        throw standin::Error("this build of the plug-in has no switch for --lanes");
-    *limit = *setting.lanes;
+        throw standin::Error("this build of the plug-in has no switch for its lanes");
+    *limit = lanes;
+    for (const std::weak_ptr<Workshop>& follower : followers)
+        if (const std::shared_ptr<Workshop> workshop = follower.lock())
+            workshop->limitLanes(lanes);
 }
 
 const standin::Picture& Workshop::photo()
@@ -64,11 +69,13 @@ const standin::Picture& Workshop::otherPhoto()
     return otherPhotoPicture;
 }
 
-std::shared_ptr<Workshop> Workshop::onHostVersion(double version) const
+std::shared_ptr<Workshop> Workshop::onHostVersion(double version)
 {
     Setting changed = setting;
     changed.hostVersion = version;
-    return std::make_shared<Workshop>(changed, photograph, width, height);
+    auto workshop = std::make_shared<Workshop>(changed, photograph, width, height);
+    followers.push_back(workshop);
+    return workshop;
 }
 
 bool Workshop::uses(const standin::Declaration& declaration) const

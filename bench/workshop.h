@@ -7,10 +7,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace bench
 {
@@ -21,7 +21,6 @@ struct Setting
     standin::Artefact artefact = standin::Artefact::MacBundle;
     standin::Storage sourceStorage = standin::Storage::GWorld32;
     standin::Storage resultStorage = standin::Storage::GWorld32;
-    std::optional<int> lanes; ///< most pixels side by side; nothing: what the processor offers
     double hostVersion = 2013.03;
 };
 
@@ -63,8 +62,10 @@ public:
     {
         return host.newPicture(width, height, setting.resultStorage);
     }
-    /// Another workshop, with a host of another version.
-    std::shared_ptr<Workshop> onHostVersion(double version) const;
+    /// Another workshop, with a host of another version, which follows this one's limit of lanes.
+    std::shared_ptr<Workshop> onHostVersion(double version);
+    /// Limits how many pixels the plug-in works on side by side.
+    void limitLanes(int lanes);
     /// A part of a picture.
     standin::Picture cropped(const standin::Picture& picture, int left, int top, int partWidth,
                              int partHeight);
@@ -102,6 +103,7 @@ private:
     const media::Image& photograph;
     standin::Picture photoPicture;
     standin::Picture otherPhotoPicture;
+    std::vector<std::weak_ptr<Workshop>> followers;
     std::set<std::pair<std::string, std::size_t>> used;
 };
 
