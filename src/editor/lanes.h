@@ -30,6 +30,18 @@ struct Lanes
 template <class Vector>
 using LanesOf = Lanes<sizeof(Vector) / sizeof(Vector{}[0])>;
 
+/// Integers as words, whose sums and products wrap, and back.
+template <class Integers>
+QVR_INLINE inline auto asWords(Integers integers)
+{
+    return reinterpret_cast<typename LanesOf<Integers>::Words>(integers);
+}
+template <class Words>
+QVR_INLINE inline auto asIntegers(Words words)
+{
+    return reinterpret_cast<typename LanesOf<Words>::Integers>(words);
+}
+
 /// Every Intel Mac and every Linux host has SSE2.
 using NarrowLanes = Lanes<4>;
 /// Used where the processor and the system offer AVX2.

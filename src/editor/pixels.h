@@ -159,6 +159,33 @@ struct Pixels
         return Format::alphaOf(channel<Format::spareShift>());
     }
 
+    /// The sum of the channels times their weights, which fit 16 bits.
+    QVR_INLINE Integers weightedSum(int32_t redWeight, int32_t greenWeight, int32_t blueWeight) const
+    {
+        if constexpr (Lane::count == NarrowLanes::count)
+        {
+            // SSE2 cannot multiply integers of 32 bits, but it adds up products of two pairs of halves.
+            typedef uint16_t Bytes __attribute__((vector_size(16)));
+            typedef int16_t Halves __attribute__((vector_size(16)));
+            const auto weightAt = [&](int shift) {
+                return static_cast<uint32_t>(shift == Format::redShift     ? redWeight
+                                             : shift == Format::greenShift ? greenWeight
+                                             : shift == Format::blueShift  ? blueWeight
+                                                                           : 0);
+            };
+            const Words evenWeights = Words{} + ((weightAt(0) & 0xFFFF) | weightAt(16) << 16);
+            const Words oddWeights = Words{} + ((weightAt(8) & 0xFFFF) | weightAt(24) << 16);
+            const auto evenBytes = reinterpret_cast<Bytes>(words) & 255;
+            const auto oddBytes = reinterpret_cast<Bytes>(words) >> 8;
+            return __builtin_ia32_pmaddwd128(reinterpret_cast<Halves>(evenBytes),
+                                             reinterpret_cast<Halves>(evenWeights)) +
+                   __builtin_ia32_pmaddwd128(reinterpret_cast<Halves>(oddBytes),
+                                             reinterpret_cast<Halves>(oddWeights));
+        }
+        else
+            return red() * redWeight + green() * greenWeight + blue() * blueWeight;
+    }
+
     /// The words with 0 in the spare byte.
     QVR_INLINE Words colours() const
     {
@@ -247,21 +274,25 @@ private:
     QVR_INLINE static Words packSaturated(const UnclampedChannels<Integers>& result)
     {
         typedef int16_t Halves __attribute__((vector_size(16)));
-        typedef char Bytes __attribute__((vector_size(16)));
 
         const Integers spareByte = Integers{} + static_cast<int32_t>(Format::spare);
         // Channels in the order of their bytes in memory.
         const bool argb = Format::redShift == 8;
-        const Halves low = argb ? __builtin_ia32_packssdw128(spareByte, result.red)
-                                : __builtin_ia32_packssdw128(result.blue, result.green);
-        const Halves high = argb ? __builtin_ia32_packssdw128(result.green, result.blue)
-                                 : __builtin_ia32_packssdw128(result.red, spareByte);
-        const auto planes = reinterpret_cast<Bytes>(__builtin_ia32_packuswb128(low, high));
-        // Four planes of four bytes become four pixels of four bytes.
-        const Bytes pairs =
-            __builtin_shufflevector(planes, planes, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
-        return reinterpret_cast<Words>(
-            __builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+        const Integers& first = argb ? spareByte : result.blue;
+        const Integers& second = argb ? result.red : result.green;
+        const Integers& third = argb ? result.green : result.red;
+        const Integers& fourth = argb ? result.blue : spareByte;
+
+        // The four channels of a pixel come together as halves: a transposition of bytes costs twice as much.
+        const Halves even = __builtin_ia32_packssdw128(first, third);
+        const Halves odd = __builtin_ia32_packssdw128(second, fourth);
+        const auto low =
+            reinterpret_cast<Words>(__builtin_shufflevector(even, odd, 0, 8, 1, 9, 2, 10, 3, 11));
+        const auto high =
+            reinterpret_cast<Words>(__builtin_shufflevector(even, odd, 4, 12, 5, 13, 6, 14, 7, 15));
+        return reinterpret_cast<Words>(__builtin_ia32_packuswb128(
+            reinterpret_cast<Halves>(__builtin_shufflevector(low, high, 0, 4, 1, 5)),
+            reinterpret_cast<Halves>(__builtin_shufflevector(low, high, 2, 6, 3, 7))));
     }
 };
 

@@ -13,11 +13,34 @@ PictureSepiaData& dataOf(REALobjectStruct* self)
     return instanceData<PictureSepiaData>(self, pictureSepiaClass);
 }
 
-/// A weight in 1024ths.
-uint32_t integerWeight(double weight)
+/// Weights in 1024ths.
+struct Weights
 {
-    return static_cast<uint32_t>(truncateToInt32(weight * 1024.0));
-}
+    static int32_t integerOf(double weight)
+    {
+        return truncateToInt32(weight * 1024.0);
+    }
+
+    explicit Weights(const PictureSepiaData& data)
+        : red(integerOf(data.weight1)),
+          green(integerOf(data.weight2)),
+          blue(integerOf(data.weight3))
+    {
+    }
+
+    bool fit16Bits() const
+    {
+        const int32_t weights[] = {red, green, blue};
+        for (const int32_t weight : weights)
+            if (weight < INT16_MIN || weight > INT16_MAX)
+                return false;
+        return true;
+    }
+
+    int32_t red;
+    int32_t green;
+    int32_t blue;
+};
 
 } // namespace
 
@@ -37,26 +60,30 @@ void PictureSepiaClassDestructor(REALobjectStruct* self)
 signed char Run(REALobjectStruct* self)
 {
     PictureSepiaData& data = dataOf(self);
-    const uint32_t redWeight = integerWeight(data.weight1);
-    const uint32_t greenWeight = integerWeight(data.weight2);
-    const uint32_t blueWeight = integerWeight(data.weight3);
+    const Weights weights(data);
     const auto redOffset = static_cast<uint32_t>(data.SepiaRed);
     const auto greenOffset = static_cast<uint32_t>(data.SepiaGreen);
     const auto blueOffset = static_cast<uint32_t>(data.SepiaBlue);
-
-    REALpictureStruct* const result = filterPicture(data.filter, [=](auto pixels) {
-        using Words = decltype(pixels.words);
-        using Integers = decltype(pixels.red());
-        // Unsigned, since sums and products may wrap.
-        const auto sum = reinterpret_cast<Integers>(reinterpret_cast<Words>(pixels.blue()) * blueWeight +
-                                                    reinterpret_cast<Words>(pixels.green()) * greenWeight +
-                                                    reinterpret_cast<Words>(pixels.red()) * redWeight);
-        // A shift rounds down; negative sums are to be rounded towards zero.
-        const auto grey = reinterpret_cast<Words>((sum + ((sum >> 31) & 1023)) >> 10);
-        return UnclampedChannels{reinterpret_cast<Integers>(grey + redOffset),
-                                 reinterpret_cast<Integers>(grey + greenOffset),
-                                 reinterpret_cast<Integers>(grey + blueOffset)};
-    });
+    const auto filterWith = [&](auto sumOf) {
+        return filterPicture(data.filter, [=](auto pixels) {
+            const auto sum = sumOf(pixels);
+            // A shift rounds down; negative sums are to be rounded towards zero.
+            const auto grey = asWords((sum + (sum >> 31 & 1023)) >> 10);
+            return UnclampedChannels{asIntegers(grey + redOffset), asIntegers(grey + greenOffset),
+                                     asIntegers(grey + blueOffset)};
+        });
+    };
+    REALpictureStruct* const result =
+        weights.fit16Bits()
+            ? filterWith([weights](auto pixels) {
+                  return pixels.weightedSum(weights.red, weights.green, weights.blue);
+              })
+            : filterWith([weights](auto pixels) {
+                  // As words, since sums and products may wrap.
+                  return asIntegers(asWords(pixels.blue()) * static_cast<uint32_t>(weights.blue) +
+                                    asWords(pixels.green()) * static_cast<uint32_t>(weights.green) +
+                                    asWords(pixels.red()) * static_cast<uint32_t>(weights.red));
+              });
     if (result == nullptr)
         return 0;
     // The picture that was here is overwritten and not released; kept as it is.

@@ -33,8 +33,9 @@ REALpictureStruct* TintPicture(REALpictureStruct* source, uint32_t greyBase, uin
         const auto grey =
             (toDoubles(pixels.red()) * greyWeights.red + toDoubles(pixels.green()) * greyWeights.green) +
             toDoubles(pixels.blue()) * greyWeights.blue;
-        return Channels{truncateToBytes(grey * tint.red), truncateToBytes(grey * tint.green),
-                        truncateToBytes(grey * tint.blue)};
+        // At most three times 255, and never negative.
+        return UnclampedChannels{truncateFitting(grey * tint.red), truncateFitting(grey * tint.green),
+                                 truncateFitting(grey * tint.blue)};
     });
 }
 

@@ -9,17 +9,22 @@ namespace qvr::saturation
 namespace
 {
 
-/// `distance * factor / 255` for a factor up to 65536 either way. The product is exact in single precision.
-/// The constant is a hair above 1/255: it gives the truncated quotient of every product below 65536, and more
-/// than 255 above.
+/// `distance * factor / 255` for a factor up to 65536 either way.
+///
+/// The scale is a hair above the quotient, by more than both roundings and by less than the 255th that keeps
+/// a value below 16384 from the next integer: its truncation is the quotient's. Larger ones stay larger than
+/// any channel.
 struct SmallFactor
 {
+    explicit SmallFactor(int32_t factor) : scale(static_cast<float>(factor * (0x1.000004p0 / 255.0)))
+    {
+    }
     template <class Integers>
     Integers scaled(Integers distance) const
     {
-        return truncateFitting(toFloats(distance) * factor * 0x1.010102p-8F);
+        return truncateFitting(toFloats(distance) * scale);
     }
-    float factor;
+    float scale;
 };
 
 /// The same for every factor, with a product that wraps.
@@ -28,9 +33,7 @@ struct AnyFactor
     template <class Integers>
     Integers scaled(Integers distance) const
     {
-        using Words = typename LanesOf<Integers>::Words;
-        const auto product =
-            reinterpret_cast<Integers>(reinterpret_cast<Words>(distance) * static_cast<uint32_t>(factor));
+        const auto product = asIntegers(asWords(distance) * static_cast<uint32_t>(factor));
         return truncateFitting(toDoubles(product) / 255.0);
     }
     int32_t factor;
@@ -55,7 +58,7 @@ REALpictureStruct* SaturationPicture(REALpictureStruct* picture, int32_t amount)
 
     const int32_t factor = wrappingAdd(amount, 255);
     if (factor >= -largestExactFactor && factor <= largestExactFactor)
-        return scaleDistances(picture, SmallFactor{static_cast<float>(factor)});
+        return scaleDistances(picture, SmallFactor(factor));
     return scaleDistances(picture, AnyFactor{factor});
 }
 
