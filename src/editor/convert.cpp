@@ -16,9 +16,14 @@ uint32_t loadWord(const uint8_t* address)
     return word;
 }
 
-void storeWord(uint8_t* address, uint32_t word)
+/// Around the cache when `Streamed`; the address must be aligned then.
+template <bool Streamed>
+QVR_INLINE inline void storeWord(uint8_t* address, uint32_t word)
 {
-    __builtin_memcpy(address, &word, 4);
+    if constexpr (Streamed)
+        __builtin_nontemporal_store(word, reinterpret_cast<uint32_t*>(address));
+    else
+        __builtin_memcpy(address, &word, sizeof word);
 }
 
 QVR_INLINE inline Bytes16 loadBytes(const uint8_t* address)
@@ -28,7 +33,6 @@ QVR_INLINE inline Bytes16 loadBytes(const uint8_t* address)
     return bytes;
 }
 
-/// Around the cache when `Streamed`; the address must be aligned then.
 template <bool Streamed>
 QVR_INLINE inline void storeBytes(uint8_t* address, Bytes16 bytes)
 {
@@ -48,18 +52,18 @@ void reverseToArgb(const uint8_t* source, uint8_t* destination, int32_t count)
     for (int32_t i = 0; i < count; ++i)
     {
         const uint32_t word = loadWord(source + i * 4);
-        storeWord(destination + i * 4, (__builtin_bswap32(word) & ARGB32::colourMask) |
-                                           BGRX32::alphaOf(word >> BGRX32::spareShift));
+        storeWord<false>(destination + i * 4, (__builtin_bswap32(word) & ARGB32::colourMask) |
+                                                  BGRX32::alphaOf(word >> BGRX32::spareShift));
     }
 }
 void reverseFromArgb(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
-        storeWord(destination + i * 4, BGRX32::fromArgb(loadWord(source + i * 4)));
+        storeWord<false>(destination + i * 4, BGRX32::fromArgb(loadWord(source + i * 4)));
 }
 
 /// From the 3-byte format, four pixels from three words at a time.
-template <class Format>
+template <class Format, bool Streamed>
 void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
@@ -68,19 +72,22 @@ void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t first = loadWord(source);
         const uint32_t second = loadWord(source + 4);
         const uint32_t third = loadWord(source + 8);
-        storeWord(destination, Format::fromArgb(first << 8 | ARGB32::spare));
-        storeWord(destination + 4, Format::fromArgb((first >> 16 & 0xFF00U) | second << 16 | ARGB32::spare));
-        storeWord(destination + 8, Format::fromArgb((second >> 8 & 0xFFFF00U) | third << 24 | ARGB32::spare));
-        storeWord(destination + 12, Format::fromArgb((third & 0xFFFFFF00U) | ARGB32::spare));
+        storeWord<Streamed>(destination, Format::fromArgb(first << 8 | ARGB32::spare));
+        storeWord<Streamed>(destination + 4,
+                            Format::fromArgb((first >> 16 & 0xFF00U) | second << 16 | ARGB32::spare));
+        storeWord<Streamed>(destination + 8,
+                            Format::fromArgb((second >> 8 & 0xFFFF00U) | third << 24 | ARGB32::spare));
+        storeWord<Streamed>(destination + 12, Format::fromArgb((third & 0xFFFFFF00U) | ARGB32::spare));
     }
     for (; i < count; ++i, source += 3, destination += 4)
-        storeWord(destination, Format::fromArgb(ARGB32::spare | static_cast<uint32_t>(source[0]) << 8 |
-                                                static_cast<uint32_t>(source[1]) << 16 |
-                                                static_cast<uint32_t>(source[2]) << 24));
+        storeWord<Streamed>(destination,
+                            Format::fromArgb(ARGB32::spare | static_cast<uint32_t>(source[0]) << 8 |
+                                             static_cast<uint32_t>(source[1]) << 16 |
+                                             static_cast<uint32_t>(source[2]) << 24));
 }
 
 /// To the 3-byte format, three words from four pixels at a time.
-template <class Format>
+template <class Format, bool Streamed>
 void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
@@ -90,9 +97,9 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t second = Format::toArgb(loadWord(source + 4));
         const uint32_t third = Format::toArgb(loadWord(source + 8));
         const uint32_t fourth = Format::toArgb(loadWord(source + 12));
-        storeWord(destination, first >> 8 | (second & 0xFF00U) << 16);
-        storeWord(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
-        storeWord(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
+        storeWord<Streamed>(destination, first >> 8 | (second & 0xFF00U) << 16);
+        storeWord<Streamed>(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
+        storeWord<Streamed>(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
     }
     for (; i < count; ++i, source += 4, destination += 3)
     {
@@ -120,7 +127,7 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
             storeBytes<Streamed>(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16,
                                                                       8, 7, 6, 16, 11, 10, 9, 16));
     }
-    expandNarrow<Format>(source, destination, count - i);
+    expandNarrow<Format, Streamed>(source, destination, count - i);
 }
 
 /// The colours of four pixels, packed into the first twelve bytes.
@@ -155,29 +162,38 @@ QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, in
                              __builtin_shufflevector(third, fourth, 8, 9, 10, 11, 16, 17, 18, 19, 20, 21, 22,
                                                      23, 24, 25, 26, 27));
     }
-    compactNarrow<Format>(source, destination, count - i);
+    compactNarrow<Format, Streamed>(source, destination, count - i);
 }
 
 using PixelLoop = void (*)(const uint8_t* source, uint8_t* destination, int32_t count);
 
-/// The loops of one conversion.
+/// The loops of one conversion. Streamed narrow loops want a destination aligned to words, wide ones to
+/// vectors.
 struct Conversion
 {
     PixelLoop narrow;
+    PixelLoop narrowStreamed;
     PixelLoop wide;
-    /// The destination must be aligned to a vector.
     PixelLoop wideStreamed;
     int32_t sourceBytes;
     int32_t destinationBytes;
 };
 
 template <class Format>
-constexpr Conversion expansion{expandNarrow<Format>, expandWide<Format, false>, expandWide<Format, true>, 3,
+constexpr Conversion expansion{expandNarrow<Format, false>,
+                               expandNarrow<Format, true>,
+                               expandWide<Format, false>,
+                               expandWide<Format, true>,
+                               3,
                                4};
 
 template <class Format>
-constexpr Conversion compaction{compactNarrow<Format>, compactWide<Format, false>, compactWide<Format, true>,
-                                4, 3};
+constexpr Conversion compaction{compactNarrow<Format, false>,
+                                compactNarrow<Format, true>,
+                                compactWide<Format, false>,
+                                compactWide<Format, true>,
+                                4,
+                                3};
 
 /// The pixels of `pixelBytes` bytes before `address` reaches a vector's alignment; `INT32_MAX` when it never
 /// does.
@@ -191,18 +207,46 @@ int32_t pixelsToAlignment(const uint8_t* address, int32_t pixelBytes)
     return INT32_MAX;
 }
 
-void convert(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count,
-             bool streamed)
+void convert(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count)
 {
+    (wideLanesAvailable() ? conversion.wide : conversion.narrow)(source, destination, count);
+}
+
+/// The same around the cache, as far as alignment allows.
+void convertStreamed(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count)
+{
+    const bool aligned = reinterpret_cast<uintptr_t>(destination) % 4 == 0;
+    const PixelLoop narrow = aligned ? conversion.narrowStreamed : conversion.narrow;
     if (!wideLanesAvailable())
-        return conversion.narrow(source, destination, count);
+        return narrow(source, destination, count);
     const int32_t head = pixelsToAlignment(destination, conversion.destinationBytes);
-    if (!streamed || head > count)
+    if (head > count)
         return conversion.wide(source, destination, count);
-    conversion.narrow(source, destination, head);
+    narrow(source, destination, head);
     conversion.wideStreamed(source + static_cast<ptrdiff_t>(head) * conversion.sourceBytes,
                             destination + static_cast<ptrdiff_t>(head) * conversion.destinationBytes,
                             count - head);
+}
+
+const Conversion& expansionTo(int32_t format)
+{
+    return format == PixelFormatARGB32 ? expansion<ARGB32> : expansion<BGRX32>;
+}
+const Conversion& compactionFrom(int32_t format)
+{
+    return format == PixelFormatARGB32 ? compaction<ARGB32> : compaction<BGRX32>;
+}
+
+/// `convertPixels`, or the same around the cache where the 3-byte format is one of the two.
+void convertRow(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat, uint8_t* destination,
+                int32_t count, bool streamed)
+{
+    if (!streamed || sourceFormat == destinationFormat)
+        convertPixels(sourceFormat, source, destinationFormat, destination, count);
+    else
+        convertStreamed(sourceFormat == PixelFormatRGB24 ? expansionTo(destinationFormat)
+                                                         : compactionFrom(sourceFormat),
+                        source, destination, count);
 }
 
 } // namespace
@@ -213,24 +257,42 @@ namespace qvr
 {
 
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
-                   uint8_t* destination, int32_t count, bool streamed)
+                   uint8_t* destination, int32_t count)
 {
     const bool fromRGB24 = sourceFormat == PixelFormatRGB24;
     const bool toRGB24 = destinationFormat == PixelFormatRGB24;
     if (fromRGB24 && toRGB24)
         libc::memcpy(destination, source, static_cast<size_t>(count) * 3);
     else if (fromRGB24)
-        conversion::convert(destinationFormat == PixelFormatARGB32 ? conversion::expansion<ARGB32>
-                                                                   : conversion::expansion<BGRX32>,
-                            source, destination, count, streamed);
+        conversion::convert(conversion::expansionTo(destinationFormat), source, destination, count);
     else if (toRGB24)
-        conversion::convert(sourceFormat == PixelFormatARGB32 ? conversion::compaction<ARGB32>
-                                                              : conversion::compaction<BGRX32>,
-                            source, destination, count, streamed);
+        conversion::convert(conversion::compactionFrom(sourceFormat), source, destination, count);
     else if (destinationFormat == PixelFormatBGRX32)
         conversion::reverseFromArgb(source, destination, count);
     else
         conversion::reverseToArgb(source, destination, count);
+}
+
+void packPicture(const PictureReader& reader, uint8_t* packed)
+{
+    const ptrdiff_t rowBytes = static_cast<ptrdiff_t>(reader.width) * 3;
+    const bool streamed = isStreamedSize(static_cast<int64_t>(rowBytes) * reader.height);
+    for (int32_t row = 0; row < reader.height; ++row)
+        conversion::convertRow(reader.pixelFormat, reader.rowAddress(row), PixelFormatRGB24,
+                               packed + row * rowBytes, reader.width, streamed);
+    if (streamed)
+        endStreaming();
+}
+
+void unpackPicture(const PictureWriter& writer, const uint8_t* packed, int32_t columns, int32_t rows)
+{
+    const ptrdiff_t rowBytes = static_cast<ptrdiff_t>(columns) * 3;
+    const bool streamed = isStreamedSize(static_cast<int64_t>(writer.rowBytes) * writer.height);
+    for (int32_t row = 0; row < minimum(rows, writer.height); ++row)
+        conversion::convertRow(PixelFormatRGB24, packed + row * rowBytes, writer.pixelFormat,
+                               writer.rowAddress(row), minimum(columns, writer.width), streamed);
+    if (streamed)
+        endStreaming();
 }
 
 void copyColours(const PictureEditor& picture, int32_t row, int32_t column, int32_t count, uint32_t* colours)

@@ -1,5 +1,8 @@
 #include "editor/runs.h"
 
+// As qvrLaneLimit: changed from outside only.
+__attribute__((used)) int32_t qvrSmallestStreamed = 4 << 20;
+
 namespace qvr::runs
 {
 
@@ -36,11 +39,11 @@ bool haveFormat(PixelFormat format, const PictureEditor* const* sources, int32_t
 }
 
 bool visitRows(VisitRun visit, const void* visitor, const Block& block, const PictureEditor* const* sources,
-               int32_t sourceCount, const PictureEditor* destination)
+               int32_t sourceCount, const PictureEditor* destination, bool streamed)
 {
     Run run{};
     run.count = block.columns;
-    run.streamed = isStreamed(sources, sourceCount, destination);
+    run.streamed = streamed;
     for (int32_t row = block.top; row < block.bottom; ++row)
     {
         run.row = row;
@@ -56,13 +59,12 @@ bool visitRows(VisitRun visit, const void* visitor, const Block& block, const Pi
 
 bool visitConvertedBlocks(VisitRun visit, const void* visitor, const Block& block,
                           const PictureEditor* const* sources, int32_t sourceCount,
-                          const PictureEditor* destination)
+                          const PictureEditor* destination, bool streamed)
 {
     ConvertedPixels converted[mostSources];
     ConvertedPixels result;
     Run run{};
-    run.streamed =
-        isStreamed(sources, sourceCount, destination) && destination->pixelFormat == PixelFormatARGB32;
+    run.streamed = streamed && destination->pixelFormat == PixelFormatARGB32;
     for (int32_t row = block.top; row < block.bottom; ++row)
         for (int32_t column = 0; column < block.columns; column += convertedBlock)
         {
@@ -112,8 +114,8 @@ bool sameWordFormat(const PictureEditor& first, const PictureEditor& second)
 
 bool isStreamedSize(int64_t bytes)
 {
-    constexpr int64_t smallestStreamed = 4 << 20;
-    return bytes >= smallestStreamed;
+    const volatile int32_t& smallest = qvrSmallestStreamed;
+    return bytes >= smallest;
 }
 
 Block wholeBlock(const PictureEditor& picture)
@@ -155,14 +157,18 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
         block.columns = columnsWithin(*destination, block);
     if (block.empty())
         return true;
-    if (runs::haveFormat(PixelFormatARGB32, sources, sourceCount, destination))
-        return runs::visitRows(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
-                               destination);
-    if (runs::haveFormat(PixelFormatBGRX32, sources, sourceCount, destination))
-        return runs::visitRows(visitor.visitBGRX32, visitor.visitor, block, sources, sourceCount,
-                               destination);
-    return runs::visitConvertedBlocks(visitor.visitARGB32, visitor.visitor, block, sources, sourceCount,
-                                      destination);
+    const bool streamed = runs::isStreamed(sources, sourceCount, destination);
+    const auto visited = [&](auto visitIn, VisitRun visit) {
+        return visitIn(visit, visitor.visitor, block, sources, sourceCount, destination, streamed);
+    };
+    const bool finished = runs::haveFormat(PixelFormatARGB32, sources, sourceCount, destination)
+                              ? visited(runs::visitRows, visitor.visitARGB32)
+                          : runs::haveFormat(PixelFormatBGRX32, sources, sourceCount, destination)
+                              ? visited(runs::visitRows, visitor.visitBGRX32)
+                              : visited(runs::visitConvertedBlocks, visitor.visitARGB32);
+    if (streamed)
+        endStreaming();
+    return finished;
 }
 
 } // namespace qvr

@@ -53,6 +53,12 @@ bool sameWordFormat(const PictureEditor& first, const PictureEditor& second);
 /// saves reading the destination first.
 bool isStreamedSize(int64_t bytes);
 
+/// Ends stores around the cache, which the processor does not order with any others.
+inline void endStreaming()
+{
+    __builtin_ia32_sfence();
+}
+
 /// The most pictures that one walk reads.
 constexpr int32_t mostSources = 3;
 
@@ -69,6 +75,25 @@ struct Run
     /// The destination is large: storing around the cache saves reading it first.
     bool streamed;
 };
+
+/// The pixels of a run that are stored around the cache: whole cache lines. One that is written both ways
+/// costs more than one that is not streamed at all.
+struct StreamedPart
+{
+    int32_t begin;
+    int32_t end;
+};
+
+/// Empty, and behind the run, when nothing of it is streamed.
+inline StreamedPart streamedPart(const Run& run)
+{
+    constexpr int32_t lineBytes = 64;
+    const auto place = static_cast<int32_t>(reinterpret_cast<uintptr_t>(run.destination) % lineBytes);
+    const int32_t begin = (lineBytes - place) % lineBytes / 4;
+    if (!run.streamed || place % 4 != 0 || begin >= run.count)
+        return {run.count, run.count};
+    return {begin, begin + (run.count - begin) / (lineBytes / 4) * (lineBytes / 4)};
+}
 
 /// What a walk does with a run. `visitor` is the argument of the walk; false ends the walk.
 using VisitRun = bool (*)(const void* visitor, const Run& run);
@@ -88,12 +113,21 @@ bool visitRuns(const RunVisitor& visitor, Block block, const PictureEditor* cons
 
 /// Converts `count` pixels from one format to another. The two differ, unless both are `PixelFormatRGB24`.
 ///
-/// A spare byte gets what writers put there; only from `PixelFormatBGRX32` to `PixelFormatARGB32` it goes
-/// along. `streamed` stores to or from the 3-byte format around the cache.
+/// A spare byte gets what writers put there; from `PixelFormatBGRX32` to `PixelFormatARGB32` it becomes the
+/// alpha that it stands for.
 void convertPixels(int32_t sourceFormat, const uint8_t* source, int32_t destinationFormat,
-                   uint8_t* destination, int32_t count, bool streamed = false);
+                   uint8_t* destination, int32_t count);
+
+/// Writes the picture's pixels as bytes R, G, B, row after row without gaps.
+void packPicture(const PictureReader& reader, uint8_t* packed);
+
+/// Fills the writer with `columns` by `rows` such pixels; what would lie outside the picture is left out.
+void unpackPicture(const PictureWriter& writer, const uint8_t* packed, int32_t columns, int32_t rows);
 
 /// The colours of `count` pixels of row `row`, from `column` on, as `ARGB32` words whose spare byte is 0.
 void copyColours(const PictureEditor& picture, int32_t row, int32_t column, int32_t count, uint32_t* colours);
 
 } // namespace qvr
+
+/// The fewest bytes of a result that are stored around the cache; tests lower it to stream small pictures.
+extern "C" int32_t qvrSmallestStreamed;

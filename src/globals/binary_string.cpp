@@ -91,11 +91,7 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
     storeBigEndian(&bytes[heightAt], static_cast<uint32_t>(reader.height));
     storeBigEndian(&bytes[depthAt], writtenDepth);
     storeBigEndian(&bytes[dataOffsetAt], headerBytes);
-    const bool streamed = isStreamedSize(size);
-    uint8_t* packed = bytes.get() + headerBytes;
-    for (int32_t row = 0; row < reader.height; ++row, packed += static_cast<ptrdiff_t>(reader.width) * 3)
-        convertPixels(reader.pixelFormat, reader.rowAddress(row), PixelFormatRGB24, packed, reader.width,
-                      streamed);
+    packPicture(reader, bytes.get() + headerBytes);
 
     REALstringStruct* const string = host.REALBuildString(bytes.get(), size);
     if (string != nullptr)
@@ -112,13 +108,7 @@ REALpictureStruct* BinaryStringtoPicture(REALstringStruct* data)
     PictureWriter writer;
     if (!writer.openNew(contents.width, contents.height))
         return nullptr;
-    const uint8_t* packed = contents.pixels;
-    const int32_t rows = minimum(contents.height, writer.height);
-    const int32_t columns = minimum(contents.width, writer.width);
-    const bool streamed = isStreamedSize(static_cast<int64_t>(writer.rowBytes) * writer.height);
-    for (int32_t row = 0; row < rows; ++row, packed += static_cast<ptrdiff_t>(contents.width) * 3)
-        convertPixels(PixelFormatRGB24, packed, writer.pixelFormat, writer.rowAddress(row), columns,
-                      streamed);
+    unpackPicture(writer, contents.pixels, contents.width, contents.height);
     return writer.RenderPictureWriter();
 }
 
