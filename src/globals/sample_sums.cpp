@@ -3,8 +3,6 @@
 #include "editor/arithmetic.h"
 #include "editor/lanes.h"
 
-#include <limits.h>
-
 namespace qvr::waveform
 {
 
@@ -14,83 +12,83 @@ namespace
 typedef uint8_t Bytes __attribute__((vector_size(16)));
 typedef int16_t Halves __attribute__((vector_size(16)));
 typedef uint32_t Sums __attribute__((vector_size(16)));
-/// What the sum of absolute differences gives: two sums of eight bytes.
-typedef long long Pairs __attribute__((vector_size(16)));
 
 constexpr int32_t vectorBytes = 16;
 
 template <class Vector>
-inline Vector loadVector(const uint8_t* address)
+Vector loadVector(const uint8_t* address)
 {
     Vector vector;
     __builtin_memcpy(&vector, address, sizeof vector);
     return vector;
 }
 
-uint32_t total(Sums sums)
+/// What the processor adds up at once: all samples, and those of them that are 0 or greater with the others
+/// counted as 0. Sums of 32 bits, which wrap alike in whatever order.
+struct Totals
 {
-    return sums[0] + sums[1] + sums[2] + sums[3];
-}
+    Sums all{};
+    Sums raised{};
 
-uint8_t byteAt(const uint8_t* samples)
-{
-    return *samples;
-}
+    static uint32_t of(Sums sums)
+    {
+        return sums[0] + sums[1] + sums[2] + sums[3];
+    }
+};
 
-uint16_t halfAt(const uint8_t* samples)
-{
-    uint16_t half = 0;
-    __builtin_memcpy(&half, samples, sizeof half);
-    return half;
-}
+// Each format as one type: `levelAt` gives a sample as a level of which `zero` stands for 0, `add` adds up
+// the levels of a vector.
 
-// Each format as one type: `valueAt` is the truth, `add` the same for a vector, in unsigned sums that wrap
-// alike.
-
-/// Bytes with their sign bit flipped by `flip`, so that they are signed.
+/// Bytes whose sign bit is flipped by `Flip` to make them unsigned levels.
 template <uint8_t Flip>
 struct ByteSamples
 {
     static constexpr int32_t size = 1;
+    static constexpr int32_t zero = 128;
 
-    static int32_t valueAt(const uint8_t* sample)
+    static int32_t levelAt(const uint8_t* sample)
     {
-        return static_cast<int8_t>(byteAt(sample) ^ Flip);
+        return *sample ^ Flip;
     }
-    static void add(const uint8_t* samples, Sums& positive, Sums& negative)
+    static void add(const uint8_t* samples, Totals& totals)
     {
-        const Bytes values = loadVector<Bytes>(samples) ^ Flip;
-        const auto isNegative = reinterpret_cast<Bytes>(values > SCHAR_MAX);
-        positive += sumOfBytes(values & ~isNegative);
-        // A negative byte counts as its distance from 0, to be taken away.
-        negative -= sumOfBytes((Bytes{} - values) & isNegative);
+        const Bytes levels = loadVector<Bytes>(samples) ^ Flip;
+        totals.all += sumOfBytes(levels);
+        totals.raised += sumOfBytes(__builtin_elementwise_max(levels, Bytes{} + static_cast<uint8_t>(zero)));
     }
 
 private:
-    static Sums sumOfBytes(Bytes values)
+    static Sums sumOfBytes(Bytes levels)
     {
         typedef char Chars __attribute__((vector_size(16)));
-        return reinterpret_cast<Sums>(
-            static_cast<Pairs>(__builtin_ia32_psadbw128(reinterpret_cast<Chars>(values), Chars{})));
+        return reinterpret_cast<Sums>(__builtin_ia32_psadbw128(reinterpret_cast<Chars>(levels), Chars{}));
     }
 };
 
-/// The same for words of two bytes.
+/// Words of two bytes whose sign bit is flipped by `Flip` to make them signed levels.
 template <uint16_t Flip>
 struct HalfSamples
 {
     static constexpr int32_t size = 2;
+    static constexpr int32_t zero = 0;
 
-    static int32_t valueAt(const uint8_t* sample)
+    static int32_t levelAt(const uint8_t* sample)
     {
-        return static_cast<int16_t>(halfAt(sample) ^ Flip);
+        uint16_t half = 0;
+        __builtin_memcpy(&half, sample, sizeof half);
+        return static_cast<int16_t>(half ^ Flip);
     }
-    static void add(const uint8_t* samples, Sums& positive, Sums& negative)
+    static void add(const uint8_t* samples, Totals& totals)
     {
-        const Halves values = loadVector<Halves>(samples) ^ static_cast<int16_t>(Flip);
-        const Halves ones = Halves{} + static_cast<int16_t>(1);
-        positive += reinterpret_cast<Sums>(__builtin_ia32_pmaddwd128(values & ~(values < 0), ones));
-        negative += reinterpret_cast<Sums>(__builtin_ia32_pmaddwd128(values & (values < 0), ones));
+        const Halves levels = loadVector<Halves>(samples) ^ static_cast<int16_t>(Flip);
+        totals.all += sumOfHalves(levels);
+        totals.raised += sumOfHalves(__builtin_elementwise_max(levels, Halves{}));
+    }
+
+private:
+    static Sums sumOfHalves(Halves levels)
+    {
+        return reinterpret_cast<Sums>(__builtin_ia32_pmaddwd128(levels, Halves{} + static_cast<int16_t>(1)));
     }
 };
 
@@ -98,23 +96,24 @@ template <class Samples>
 SampleSums sum(const uint8_t* samples, int32_t first, int32_t end)
 {
     constexpr int32_t together = vectorBytes / Samples::size;
-    constexpr int32_t unrolled = 4;
+    constexpr int32_t unrolled = 2;
 
     const uint8_t* sample = samples + static_cast<ptrdiff_t>(first) * Samples::size;
     int32_t left = end - first;
-    Sums positive[unrolled]{};
-    Sums negative[unrolled]{};
+    Totals totals[unrolled];
     for (; left >= unrolled * together; left -= unrolled * together, sample += unrolled * vectorBytes)
         for (int32_t i = 0; i < unrolled; ++i)
-            Samples::add(sample + i * vectorBytes, positive[i], negative[i]);
-    uint32_t positiveSum = total(positive[0] + positive[1] + positive[2] + positive[3]);
-    uint32_t negativeSum = total(negative[0] + negative[1] + negative[2] + negative[3]);
+            Samples::add(sample + i * vectorBytes, totals[i]);
+    uint32_t all = Totals::of(totals[0].all + totals[1].all);
+    uint32_t raised = Totals::of(totals[0].raised + totals[1].raised);
     for (; left > 0; --left, sample += Samples::size)
     {
-        const int32_t value = Samples::valueAt(sample);
-        (value < 0 ? negativeSum : positiveSum) += static_cast<uint32_t>(value);
+        const int32_t level = Samples::levelAt(sample);
+        all += static_cast<uint32_t>(level);
+        raised += static_cast<uint32_t>(maximum(level, Samples::zero));
     }
-    return {static_cast<int32_t>(positiveSum), static_cast<int32_t>(negativeSum)};
+    const uint32_t zeros = static_cast<uint32_t>(end - first) * static_cast<uint32_t>(Samples::zero);
+    return {static_cast<int32_t>(raised - zeros), static_cast<int32_t>(all - raised)};
 }
 
 } // namespace
@@ -124,9 +123,9 @@ SampleSums sumSamples(SampleFormat format, const uint8_t* samples, int32_t first
     switch (format)
     {
     case SampleFormat::Signed8:
-        return sum<ByteSamples<0>>(samples, first, end);
-    case SampleFormat::Unsigned8:
         return sum<ByteSamples<0x80>>(samples, first, end);
+    case SampleFormat::Unsigned8:
+        return sum<ByteSamples<0>>(samples, first, end);
     case SampleFormat::Signed16:
         return sum<HalfSamples<0>>(samples, first, end);
     case SampleFormat::Unsigned16:
