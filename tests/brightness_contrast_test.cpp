@@ -188,7 +188,7 @@ TEST_P(BrightnessContrast, OneValueIsThreeEqualValues)
 TEST_P(BrightnessContrast, EqualsTheReferenceForEveryChannelValue)
 {
     Random random{42};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         const standin::Picture photo = upload(host, everyValue());
         const Picture source = download(photo);
         for (int i = 0; i < affordable(20); ++i)
@@ -200,7 +200,7 @@ TEST_P(BrightnessContrast, EqualsTheReferenceForEveryChannelValue)
 TEST_P(BrightnessContrast, EqualsTheReferenceInEverySizeAndStorage)
 {
     Random random{43};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
         {
             const Picture content = randomPictureOfAnyPalette(random, width, height);

@@ -102,7 +102,7 @@ TEST_P(ColourSearch, WithoutAMatchOnlyTheBackgroundIsLeft)
 TEST_P(ColourSearch, EqualsTheReferenceInEverySizeAndStorage)
 {
     Random random{71};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
         {
             const Picture content = randomPicture(random, width, height, Palette::Few);
@@ -233,7 +233,7 @@ TEST_P(ColourSearch, MasksOf24BitPicturesStartFourBytesAPixelIn)
 TEST_P(ColourSearch, MasksEqualTheReferenceForRandomPictures)
 {
     Random random{74};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
             for (const standin::Storage storage : sourceStorages(host))
             {

@@ -124,7 +124,7 @@ TEST_P(ColourCount, EqualsTheReferenceAndAdds)
 
 TEST_P(ColourCount, OneBlockCanTakeAllThree)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         Random random{4};
         const Picture source = upload(host, randomPicture(random, 33, 7, Palette::Greys));
         reference::Histograms apart;
@@ -295,7 +295,7 @@ TEST_P(ColourTransform, EqualsTheReference)
 
 TEST_P(ColourTransform, CanWorkInPlace)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         Random random{6};
         for (const Storage storage : lockableStorages(host))
             for (const int width : {1, 3, 4, 5, 8, 9, 31, 64, 67})

@@ -64,7 +64,7 @@ protected:
     static void expectFound(const std::vector<std::string>& self, const std::vector<std::string>& wanted,
                             const std::optional<Position>& position, standin::Artefact artefact)
     {
-        forEachHostAndLaneLimit(artefact, [&](TestHost& host) {
+        forEachHostAndLoop(artefact, [&](TestHost& host) {
             const reference::Picture selfPixels = drawn(self);
             const reference::Picture wantedPixels = drawn(wanted);
             EXPECT_EQ(text(reference::findPicture(selfPixels, wantedPixels)), text(position))
@@ -144,7 +144,7 @@ TEST_P(FindPicture, EqualsTheReferenceOnFewColors)
     int misled = 0;
     int found = 0;
     std::uint32_t seed = 62;
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         Random random{++seed};
         std::map<std::pair<int, int>, Picture> selves;
         std::map<std::pair<int, int>, Picture> others;
@@ -194,7 +194,7 @@ TEST_P(FindPicture, EqualsTheReferenceOnFewColors)
 TEST_P(FindPicture, EqualsTheReferenceOnLargerPictures)
 {
     std::uint32_t seed = 70;
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         Random random{++seed};
         for (int i = 0; i < 60; ++i)
         {

@@ -118,7 +118,7 @@ TEST_P(Inversion, RectanglesOf24BitPicturesStartFourBytesAPixelIn)
 TEST_P(Inversion, EqualsTheReferenceEverywhere)
 {
     Random random{33};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
         {
             const Picture content = randomPictureOfAnyPalette(random, width, height);

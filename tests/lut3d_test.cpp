@@ -167,7 +167,7 @@ TEST_P(Lut3D, TableReadsAndWritesEveryNode)
 
 TEST_P(Lut3D, IdentityCubeLosesNineGreys)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         const std::vector<int> lowered{57, 108, 124, 125, 210, 226, 227, 243, 244};
         reference::Picture greys{256, 1};
         reference::Picture wanted{256, 1};
@@ -258,7 +258,7 @@ TEST_P(Lut3D, LevelsAreCut)
 TEST_P(Lut3D, EveryPositionBetweenNodes)
 {
     std::uint32_t seed = 112;
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         Random random{++seed};
         for (int times = 0; times < 12; ++times)
         {

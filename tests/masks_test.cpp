@@ -122,7 +122,7 @@ TEST_P(EmbeddedMask, KnownValues)
 
 TEST_P(EmbeddedMask, ReadsEveryAlpha)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         reference::Picture all{256, 2, {9, 8, 7}};
         for (int i = 0; i < 512; ++i)
             all.pixels[static_cast<std::size_t>(i)].alpha = static_cast<std::uint8_t>(i);
@@ -150,7 +150,7 @@ TEST_P(EmbeddedMask, EqualsTheReference)
 TEST_P(EmbeddedMask, AssigningWritesTheFirstByteOfEveryFourBytes)
 {
     std::uint32_t seed = 20;
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const Storage storage : lockableStorages(host))
         {
             Random random{++seed};
@@ -184,7 +184,7 @@ TEST_P(EmbeddedMask, AssigningWritesTheFirstByteOfEveryFourBytes)
 
 TEST_P(EmbeddedMask, PictureCanBeItsOwnMask)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         Random random{30};
         for (const Storage storage : lockableStorages(host))
             for (const int width : {1, 2, 3, 4, 5, 7, 8, 9, 16, 17, 33, 40})

@@ -100,7 +100,7 @@ TEST_P(Region, TheToleranceOfGreyIsInclusiveAndWithoutSign)
 /// The one pixel that fails is found wherever it is, and only when it is inside.
 TEST_P(Region, OneWrongPixelIsFoundWhereverItIs)
 {
-    forEachHostAndLaneLimit(artefact(), [](TestHost& host) {
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
         for (const int width : {1, 3, 4, 7, 8, 15, 16, 31, 32, 33, 64, 70})
         {
             standin::Picture black = upload(host, Picture(width, 2, {0, 0, 0}));
@@ -124,7 +124,7 @@ TEST_P(Region, OneWrongPixelIsFoundWhereverItIs)
 TEST_P(Region, TestsEqualTheReferenceEverywhere)
 {
     Random random{61};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
             for (const standin::Storage storage : sourceStorages(host))
             {
@@ -220,7 +220,7 @@ TEST_P(Region, ColournessCountsColouredPixels)
 TEST_P(Region, ColournessEqualsTheReferenceEverywhere)
 {
     Random random{62};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
             for (const standin::Storage storage : sourceStorages(host))
             {

@@ -52,7 +52,7 @@ TEST_P(Saturation, EqualsTheReferenceEverywhere)
     const std::vector<int> special{0,       1,          -1,         255,       -255,       -256,
                                    -510,    8'000'000,  8'421'505,  9'000'000, -9'000'000, 1 << 24,
                                    1 << 30, most - 255, most - 254, most,      least,      least + 1};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const auto& [width, height] : testSizes())
         {
             const Picture content = randomPictureOfAnyPalette(random, width, height);
@@ -73,7 +73,7 @@ TEST_P(Saturation, EqualsTheReferenceForManyAmounts)
 {
     Random random{52};
     const Picture content = randomPicture(random, 301, 11, Palette::Extremes);
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         const standin::Picture photo = upload(host, content);
         for (int amount = -520; amount <= 520; amount += 7)
             expectCall(saturation(content, amount), host, photo, "ChangeSaturationQVR", {amount});

@@ -75,7 +75,7 @@ TEST_P(Tint, EveryGreyLevelWithEveryWeight)
         levels.at(i, 1) = {level, static_cast<std::uint8_t>(255 - i), static_cast<std::uint8_t>(i * 7)};
         levels.at(i, 2) = {0, level, static_cast<std::uint8_t>(i / 2)};
     }
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         const Picture source = upload(host, levels);
         for (std::uint32_t weight = 0; weight < 256; ++weight)
         {

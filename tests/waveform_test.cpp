@@ -241,7 +241,7 @@ TEST_P(Waveform, HeightsAndWidths)
 TEST_P(Waveform, EqualsTheReference)
 {
     std::uint32_t seed = 92;
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         Random random{++seed};
         // The host's own lines are for another test.
         host.setAbsent("RuntimeGraphicsDrawLine");
@@ -296,7 +296,7 @@ TEST_P(Waveform, ColumnsMeetSamplesByRoundedDivision)
 TEST_P(Waveform, Smoothing)
 {
     Random random{94};
-    forEachHostAndLaneLimit(artefact(), [&](TestHost& host) {
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
         for (const int smooth :
              {-1, 0, 1, 2, 5, 1000, -2, -3, -1000, largest, largest - 1, smallest, smallest + 1})
             for (const int bits : {8, 15})

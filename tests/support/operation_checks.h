@@ -17,12 +17,12 @@ using SourceJob = std::function<standin::Value(TestHost&, const standin::Picture
 std::vector<standin::Storage> lockableStorages(const TestHost& host);
 
 /// Runs `test(host, source, random)` on random pictures: all sizes worth testing, all storages of all hosts,
-/// both lane limits.
+/// all loops.
 template <class Test>
 void forEachSource(standin::Artefact artefact, Test test)
 {
     std::uint32_t seed = 1;
-    forEachHostAndLaneLimit(artefact, [&](TestHost& host) {
+    forEachHostAndLoop(artefact, [&](TestHost& host) {
         for (const standin::Storage storage : sourceStorages(host))
         {
             Random random{++seed};

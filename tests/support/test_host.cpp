@@ -74,9 +74,19 @@ void TestHost::expectBalanced(const std::string& when) const
 
 void TestHost::limitLanes(int lanes)
 {
-    std::int32_t* limit = pluginVariable("qvrLaneLimit");
-    ASSERT_NE(limit, nullptr) << "the plug-in has no variable qvrLaneLimit";
-    *limit = lanes;
+    setVariable("qvrLaneLimit", lanes);
+}
+
+void TestHost::streamEverything()
+{
+    setVariable("qvrSmallestStreamed", 0);
+}
+
+void TestHost::setVariable(const char* name, std::int32_t value)
+{
+    std::int32_t* variable = pluginVariable(name);
+    ASSERT_NE(variable, nullptr) << "the plug-in has no variable " << name;
+    *variable = value;
 }
 
 std::vector<standin::Artefact> bundlesOfThisBuild()

@@ -86,8 +86,13 @@ public:
     }
     /// Limits the plug-in's vector loops to `lanes` pixels at a time: 4, or 8 (where the processor can).
     void limitLanes(int lanes);
+    /// Lets the plug-in store results of any size around the cache, as it does with large ones.
+    void streamEverything();
 
 private:
+    /// Sets a variable that the plug-in has for tests, by its name in the symbol table.
+    void setVariable(const char* name, std::int32_t value);
+
     HostSetup hostSetup;
     bool ledgerIgnored = false;
 };
@@ -124,16 +129,20 @@ void forEachHost(standin::Artefact artefact, Test test)
     }
 }
 
-/// The same with the plug-in's vector loops limited to 4 pixels and to 8.
+/// The same with each of the plug-in's loops: over 4 pixels at a time and over 8, storing through the cache
+/// and around it.
 template <class Test>
-void forEachHostAndLaneLimit(standin::Artefact artefact, Test test)
+void forEachHostAndLoop(standin::Artefact artefact, Test test)
 {
     for (const int lanes : {4, 8})
-    {
-        SCOPED_TRACE(std::to_string(lanes) + " lanes");
-        forEachHost(artefact, [&](TestHost& host) {
-            host.limitLanes(lanes);
-            test(host);
-        });
-    }
+        for (const bool streamed : {false, true})
+        {
+            SCOPED_TRACE(std::to_string(lanes) + (streamed ? " lanes, streamed" : " lanes"));
+            forEachHost(artefact, [&](TestHost& host) {
+                host.limitLanes(lanes);
+                if (streamed)
+                    host.streamEverything();
+                test(host);
+            });
+        }
 }
