@@ -113,7 +113,7 @@ Table::Table(Style tableStyle, const std::vector<int>& laneLimits, bool withPeer
         columns.push_back({"plain C++", speedWidth});
         columns.push_back({"x memcpy", ratioWidth});
     }
-    columns.push_back({"", 0});
+    columns.push_back({"notes", 0});
 }
 
 void Table::printCells(const std::vector<std::string>& cells) const

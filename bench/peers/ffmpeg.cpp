@@ -267,7 +267,7 @@ std::vector<Way> merging(const Task& task, const std::string& mapping, int input
     std::string filters;
     for (int input = 0; input < inputs; ++input)
         filters += "[" + std::to_string(input) + "]";
-    return {filtering("mergeplanes", task, filters + "mergeplanes=0x" + mapping + ":gbrap",
+    return {filtering("mergeplanes on planes", task, filters + "mergeplanes=0x" + mapping + ":gbrap",
                       withInputs(planes, inputs))};
 }
 
