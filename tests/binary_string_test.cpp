@@ -91,11 +91,8 @@ TEST_P(BinaryString, RoundTripEqualsTheReference)
         EXPECT_TRUE(bytes == reference::toBinaryString(download(source)));
         EXPECT_TRUE(before == source.rgba()) << "the source was changed";
 
-        reference::Picture opaque = download(source);
-        for (reference::Pixel& pixel : opaque.pixels)
-            pixel.alpha = 255;
         const Picture back = read(host, bytes).picture();
-        expectPicture(opaque, back, "BinaryStringtoPictureQVR");
+        expectPicture(reference::opaque(download(source)), back, "BinaryStringtoPictureQVR");
         EXPECT_TRUE(write(host, back) == bytes) << "writing it again gives another string";
     });
 }
@@ -104,7 +101,6 @@ TEST_P(BinaryString, RoundTripOnAllKindsOfStringAccess)
 {
     for (const HostSetup& setup : stringHosts(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         Random random{80};
         for (int i = 0; i < 10; ++i)
@@ -113,18 +109,14 @@ TEST_P(BinaryString, RoundTripOnAllKindsOfStringAccess)
                 upload(host, randomPicture(random, random.between(1, 50), random.between(1, 9)));
             const std::string bytes = write(host, source);
             EXPECT_TRUE(bytes == reference::toBinaryString(download(source)));
-            expectRead(host, bytes, host.setup().name);
+            expectRead(host, bytes, "a round trip");
             host.expectBalanced("after a round trip");
         }
     }
-    for (const HostSetup& setup : hostSetups(artefact()))
-        for (const double version : hostVersions)
-        {
-            TestHost host{setup.version(version)};
-            Random random{81};
-            const std::string bytes = write(host, upload(host, randomPicture(random, 7, 3)));
-            expectRead(host, bytes, host.setup().name);
-        }
+    forEachHostVersion(artefact(), [](TestHost& host) {
+        Random random{81};
+        expectRead(host, write(host, upload(host, randomPicture(random, 7, 3))), "a round trip");
+    });
 }
 
 TEST_P(BinaryString, TextOfAnyEncodingIsTakenAsItIs)
@@ -139,7 +131,7 @@ TEST_P(BinaryString, TextOfAnyEncodingIsTakenAsItIs)
         {
             const Value result =
                 host.callGlobal("BinaryStringtoPictureQVR", {host.newString(bytes, encoding)});
-            expectPicture(*reference::fromBinaryString(bytes), result.picture(), host.setup().name);
+            expectPicture(*reference::fromBinaryString(bytes), result.picture(), "any encoding");
         }
     }
 }
@@ -148,7 +140,6 @@ TEST_P(BinaryString, DamagedHeadersGiveNil)
 {
     for (const HostSetup& setup : stringHosts(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         const std::string pixels = "abcdefghijkl";
         const BinaryStringHeader header{.width = 2, .height = 2};
@@ -199,7 +190,6 @@ TEST_P(BinaryString, DataOffsetIsHonoured)
 {
     for (const HostSetup& setup : stringHosts(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         const std::string rest = "........abcdef";
         for (const std::uint32_t offset : {48U, 47U, 41U, 40U, 39U, 20U, 1U, 0U})
@@ -220,7 +210,6 @@ TEST_P(BinaryString, ShortStringsGiveNil)
 {
     for (const HostSetup& setup : stringHosts(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         EXPECT_TRUE(isClean(host.callGlobal("BinaryStringtoPictureQVR", {nullptr}), nullptr));
         for (std::uint32_t length = 0; length <= 60; ++length)
@@ -267,7 +256,6 @@ TEST_P(BinaryString, RandomStringsEqualTheReference)
                 bytes[static_cast<std::size_t>(random.between(0, 23))] = static_cast<char>(random.byte());
             pictures += reference::fromBinaryString(bytes).has_value();
             expectRead(host, bytes, "random string " + std::to_string(i));
-            ASSERT_FALSE(HasFailure());
         }
         EXPECT_GT(pictures, 300);
         EXPECT_LT(pictures, 2700);
@@ -299,9 +287,7 @@ TEST_P(BinaryString, SizesThatOverflowGiveNil)
         Picture picture = host.newPicture(4, 4);
         picture.quirks().describedWidth = 27000;
         picture.quirks().describedHeight = 27000;
-        const Value result = host.callGlobal("PicturetoBinaryStringQVR", {picture});
-        EXPECT_TRUE(isClean(result, nullptr));
-        EXPECT_FALSE(result.exception().has_value());
+        expectNil(host, host.callGlobal("PicturetoBinaryStringQVR", {picture}));
     });
 }
 
@@ -309,7 +295,6 @@ TEST_P(BinaryString, WriterFailuresGiveNil)
 {
     for (const HostSetup& setup : hostSetups(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         const auto isNil = [](TestHost& host, const Picture& picture) {
             const Value result = host.callGlobal("PicturetoBinaryStringQVR", {picture});
             EXPECT_FALSE(result.exception().has_value());
@@ -318,10 +303,9 @@ TEST_P(BinaryString, WriterFailuresGiveNil)
         };
         TestHost host{setup};
         EXPECT_TRUE(isNil(host, Picture()));
-        Picture broken = host.newPicture(3, 3);
-        broken.quirks().lockFails = host.newStorage() == Storage::Bitmap;
-        broken.quirks().nullPixMap = !broken.quirks().lockFails;
-        EXPECT_TRUE(isNil(host, broken));
+        Picture unopened = host.newPicture(3, 3);
+        unopened.quirks() = broken(host);
+        EXPECT_TRUE(isNil(host, unopened));
         for (const char* function : {"malloc", "calloc"})
             host.faults().failAlways(function);
         EXPECT_TRUE(isNil(host, host.newPicture(3, 3)));
@@ -341,17 +325,16 @@ TEST_P(BinaryString, ReaderKeepsToItsLimits)
 {
     for (const HostSetup& setup : stringHosts(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         const std::string good = text({.width = 2, .height = 1}, "abcdef");
-        const bool bitmaps = host.newStorage() == Storage::Bitmap;
         host.faults().failCall("newPicture");
-        EXPECT_TRUE(isClean(read(host, good), nullptr));
-        host.newPictureQuirks().lockFails = bitmaps;
-        host.newPictureQuirks().nullBaseAddress = !bitmaps;
-        EXPECT_TRUE(isClean(read(host, good), nullptr));
+        expectNil(host, read(host, good));
+        for (const standin::PictureQuirks& quirks : waysToBreak(host))
+        {
+            host.newPictureQuirks() = quirks;
+            expectNil(host, read(host, good));
+        }
         host.newPictureQuirks() = {};
-        host.expectBalanced("after pictures that cannot be made");
         EXPECT_FALSE(isClean(read(host, good), nullptr));
     }
     TestHost host{hostSetup(artefact()).version(2011.0).without({"StringGetCString"})};
@@ -360,28 +343,22 @@ TEST_P(BinaryString, ReaderKeepsToItsLimits)
 
 TEST_P(BinaryString, SurvivesFailingCalls)
 {
-    Random random{85};
-    const reference::Picture picture = randomPicture(random, 5, 3);
-    for (const HostSetup& setup : stringHosts(artefact()))
-    {
-        // Such hosts are unlocked after a failed lock too, which the ledger takes for a fault when the
-        // failure was a planned one.
-        if (setup.options.version < 2012.0 && setup.options.newPictureStorage == Storage::Bitmap)
-            continue;
-        torture(setup, {{picture, *setup.options.newPictureStorage}},
-                [](TestHost& host, std::vector<Picture>& sources) {
-                    return host.callGlobal("BinaryStringtoPictureQVR",
-                                           {host.newString(reference::toBinaryString(download(sources[0])),
-                                                           standin::encodingNone)});
-                });
-        torture(setup, {{picture, *setup.options.newPictureStorage}},
-                [](TestHost& host, std::vector<Picture>& sources) {
-                    const String string = host.callGlobal("PicturetoBinaryStringQVR", {sources[0]}).string();
-                    if (string.isNil())
-                        return Value(nullptr);
-                    return Value(string.bytes() == reference::toBinaryString(download(sources[0])));
-                });
-    }
+    std::vector<HostSetup> setups = stringHosts(artefact());
+    // Such hosts are unlocked after a failed lock too, which the ledger takes for a fault when the failure
+    // was a planned one.
+    std::erase_if(setups, [](const HostSetup& setup) {
+        return setup.options.version < 2012.0 && setup.options.newPictureStorage == Storage::Bitmap;
+    });
+    torture(setups, {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
+        const std::string bytes = reference::toBinaryString(download(sources[0]));
+        return host.callGlobal("BinaryStringtoPictureQVR", {host.newString(bytes, standin::encodingNone)});
+    });
+    torture(setups, {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
+        const String string = host.callGlobal("PicturetoBinaryStringQVR", {sources[0]}).string();
+        if (string.isNil())
+            return Value(nullptr);
+        return Value(string.bytes() == reference::toBinaryString(download(sources[0])));
+    });
 }
 
 } // namespace

@@ -50,9 +50,7 @@ TEST_P(Combine, OwnChannelsGiveAnOpaqueCopy)
         for (const Storage storage : sourceStorages(host))
         {
             const Picture source = upload(host, randomPicture(random, 19, 5), storage);
-            reference::Picture opaque = download(source);
-            for (reference::Pixel& pixel : opaque.pixels)
-                pixel.alpha = 255;
+            const reference::Picture opaque = reference::opaque(download(source));
             expectPicture(opaque, combine(host, source, source, source).picture(), "combine with itself");
             expectPicture(opaque, merge(host, source, source).picture(), "merge with itself");
         }
@@ -100,17 +98,11 @@ TEST_P(Combine, NilSourcesGiveNil)
                                    {nullptr, nullptr, any},
                                    {nullptr, nullptr, nullptr}};
         for (const Arguments& arguments : unfit)
-        {
-            const Value result = host.callGlobal("CombinePicturesQVR", arguments);
-            EXPECT_TRUE(isClean(result, nullptr));
-            EXPECT_FALSE(result.exception().has_value());
-        }
+            expectNil(host, host.callGlobal("CombinePicturesQVR", arguments),
+                      callText("CombinePicturesQVR", arguments));
         for (const Arguments& arguments : {Arguments{nullptr, any}, {any, nullptr}, {nullptr, nullptr}})
-        {
-            const Value result = host.callGlobal("MergePictureQVR", arguments);
-            EXPECT_TRUE(isClean(result, nullptr));
-            EXPECT_FALSE(result.exception().has_value());
-        }
+            expectNil(host, host.callGlobal("MergePictureQVR", arguments),
+                      callText("MergePictureQVR", arguments));
     });
 }
 
@@ -122,12 +114,12 @@ TEST_P(Combine, SizesMustBeEqual)
              {std::pair{5, 4}, std::pair{7, 4}, std::pair{6, 3}, std::pair{6, 5}})
         {
             const Picture other = host.newPicture(width, height);
-            EXPECT_TRUE(isClean(combine(host, other, any, any), nullptr));
-            EXPECT_TRUE(isClean(combine(host, any, other, any), nullptr));
-            EXPECT_TRUE(isClean(combine(host, any, any, other), nullptr));
-            EXPECT_TRUE(isClean(combine(host, any, other, other), nullptr));
-            EXPECT_TRUE(isClean(merge(host, any, other), nullptr));
-            EXPECT_TRUE(isClean(merge(host, other, any), nullptr));
+            expectNil(host, combine(host, other, any, any));
+            expectNil(host, combine(host, any, other, any));
+            expectNil(host, combine(host, any, any, other));
+            expectNil(host, combine(host, any, other, other));
+            expectNil(host, merge(host, any, other));
+            expectNil(host, merge(host, other, any));
         }
     });
 }
@@ -164,24 +156,14 @@ TEST_P(Combine, KeepsToItsLimits)
 
 TEST_P(Combine, SurvivesFailingCalls)
 {
-    Random random{3};
-    const reference::Picture first = randomPicture(random, 7, 3);
-    const reference::Picture second = randomPicture(random, 7, 3);
-    const reference::Picture third = randomPicture(random, 7, 3);
-    for (const HostSetup& setup : hostSetups(artefact()))
-    {
-        const bool bitmaps = setup.options.newPictureStorage == Storage::Bitmap;
-        const Storage direct = bitmaps ? Storage::Bitmap : Storage::GWorld24;
-        const Storage copied = bitmaps ? Storage::Bitmap : Storage::GWorld16;
-        torture(setup, {{first, direct}, {second, copied}, {third, direct}},
-                [](TestHost& host, std::vector<Picture>& sources) {
-                    return combine(host, sources[0], sources[1], sources[2]);
-                });
-        torture(setup, {{first, direct}, {second, copied}},
-                [](TestHost& host, std::vector<Picture>& sources) {
-                    return merge(host, sources[0], sources[1]);
-                });
-    }
+    const std::vector<reference::Picture> two{pictureToTorture(3), pictureToTorture(4)};
+    const std::vector<reference::Picture> three{two[0], two[1], pictureToTorture(5)};
+    torture(artefact(), three, [](TestHost& host, std::vector<Picture>& sources) {
+        return combine(host, sources[0], sources[1], sources[2]);
+    });
+    torture(artefact(), two, [](TestHost& host, std::vector<Picture>& sources) {
+        return merge(host, sources[0], sources[1]);
+    });
 }
 
 } // namespace

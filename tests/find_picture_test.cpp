@@ -250,12 +250,10 @@ TEST_P(FindPicture, NothingToSearch)
 {
     forEachHost(artefact(), [](TestHost& host) {
         const Picture any = host.newPicture(3, 3);
-        const bool bitmaps = host.newStorage() == Storage::Bitmap;
-        Picture broken = host.newPicture(3, 3);
-        broken.quirks().lockFails = bitmaps;
-        broken.quirks().nullPixMap = !bitmaps;
+        Picture unopened = host.newPicture(3, 3);
+        unopened.quirks() = broken(host);
         for (const Picture& unfit :
-             {Picture(), broken, host.newPicture(0, 3), host.newPicture(3, 0), host.newPicture(0, 0)})
+             {Picture(), unopened, host.newPicture(0, 3), host.newPicture(3, 0), host.newPicture(0, 0)})
         {
             EXPECT_EQ(find(host, any, unfit), std::nullopt);
             EXPECT_EQ(find(host, unfit, any), std::nullopt);
@@ -271,41 +269,24 @@ TEST_P(FindPicture, NothingToSearch)
 
 TEST_P(FindPicture, SameOnAllVersions)
 {
-    for (const HostSetup& setup : hostSetups(artefact()))
-        for (const double version : hostVersions)
-        {
-            TestHost host{setup.version(version)};
-            EXPECT_EQ(
-                find(host, upload(host, drawn({"....", ".##.", "####"})), upload(host, drawn({"..", "##"}))),
-                (Position{2, 0}));
-        }
+    forEachHostVersion(artefact(), [](TestHost& host) {
+        EXPECT_EQ(
+            find(host, upload(host, drawn({"....", ".##.", "####"})), upload(host, drawn({"..", "##"}))),
+            (Position{2, 0}));
+    });
 }
 
 TEST_P(FindPicture, SurvivesFailingCalls)
 {
-    const reference::Picture self = drawn({"....", ".##.", "####"});
-    const reference::Picture wanted = drawn({"..", "##"});
-    for (const HostSetup& setup : hostSetups(artefact()))
-    {
-        const bool bitmaps = setup.options.newPictureStorage == Storage::Bitmap;
-        const TortureJob job = [](TestHost& host, std::vector<Picture>& sources) {
-            Value x = 9;
-            Value y = 9;
-            const Value found = host.call(sources[0], "FindPictureQVR", {sources[1], byref(x), byref(y)});
-            if (!found.boolean())
-                EXPECT_TRUE(x.integer() == 0 && y.integer() == 0);
-            return found;
-        };
-        const TortureRules rules{.cleanResult = false};
-        torture(setup,
-                {{self, *setup.options.newPictureStorage},
-                 {wanted, bitmaps ? Storage::Bitmap : Storage::Drawable}},
-                job, rules);
-        torture(setup,
-                {{self, bitmaps ? Storage::Bitmap : Storage::GWorld8},
-                 {wanted, *setup.options.newPictureStorage}},
-                job, rules);
-    }
+    const TortureJob job = [](TestHost& host, std::vector<Picture>& sources) {
+        Value x = 9;
+        Value y = 9;
+        const Value found = host.call(sources[0], "FindPictureQVR", {sources[1], byref(x), byref(y)});
+        if (!found.boolean())
+            EXPECT_TRUE(x.integer() == 0 && y.integer() == 0);
+        return found;
+    };
+    torture(artefact(), {drawn({"....", ".##.", "####"}), drawn({"..", "##"})}, job, {.cleanResult = false});
 }
 
 } // namespace

@@ -20,12 +20,6 @@ ON_EVERY_ARTEFACT(HostAccess);
 const Picture someContent(5, 3, {10, 20, 30});
 const Picture someInverted(5, 3, {245, 235, 225});
 
-HostSetup logging(HostSetup setup)
-{
-    setup.options.logCalls = true;
-    return setup;
-}
-
 /// Raises the exception of a channel picture that is nil.
 std::optional<standin::RaisedException> raise(TestHost& host)
 {
@@ -47,28 +41,12 @@ void expectException(const std::optional<standin::RaisedException>& exception, c
     EXPECT_EQ(exception->errorNumber, 0);
 }
 
-std::vector<std::string> callNames(const TestHost& host)
-{
-    std::vector<std::string> names;
-    for (const std::string& call : host.callLog())
-        names.push_back(call.substr(0, call.find('(')));
-    return names;
-}
-
-int callsOf(const TestHost& host, const std::string& name)
-{
-    const std::vector<std::string> names = callNames(host);
-    return static_cast<int>(std::count(names.begin(), names.end(), name));
-}
-
 TEST_P(HostAccess, RaisesExceptions)
 {
     for (const double version : hostVersions)
         for (const Kind kind : {Kind::Desktop, Kind::Console, Kind::Web})
         {
-            const HostSetup setup = hostSetup(artefact(), kind).version(version);
-            SCOPED_TRACE(setup.name);
-            TestHost host{setup};
+            TestHost host{hostSetup(artefact(), kind).version(version)};
             expectException(raise(host), "NilObjectException");
             expectException(raise(host), "NilObjectException");
         }
@@ -76,31 +54,31 @@ TEST_P(HostAccess, RaisesExceptions)
 
 TEST_P(HostAccess, RaisesInOrder)
 {
-    TestHost host{logging(hostSetup(artefact()))};
+    TestHost host{hostSetup(artefact()).logged()};
     expectException(raise(host), "NilObjectException");
     const std::vector<std::string> wanted{
         "REALBuildString",     "REALSetStringEncoding", "PluginNewInstance", "REALSetPropValueString",
         "REALSetPropValueInt", "RuntimeRaiseException", "REALUnlockObject",  "REALUnlockString"};
-    EXPECT_EQ(callNames(host), wanted);
+    EXPECT_EQ(host.callNames(), wanted);
 }
 
 TEST_P(HostAccess, RaisesARuntimeExceptionWhereTheClassIsMissing)
 {
-    HostSetup setup = logging(hostSetup(artefact()));
+    HostSetup setup = hostSetup(artefact()).logged();
     setup.options.notInstantiable = {"NilObjectException"};
     TestHost host{setup};
     expectException(raise(host), "RuntimeException");
-    EXPECT_EQ(callsOf(host, "PluginNewInstance"), 2);
+    EXPECT_EQ(host.callsOf("PluginNewInstance"), 2);
 }
 
 TEST_P(HostAccess, RaisesNothingWhereThereIsNoException)
 {
-    HostSetup setup = logging(hostSetup(artefact()));
+    HostSetup setup = hostSetup(artefact()).logged();
     setup.options.notInstantiable = {"NilObjectException", "RuntimeException"};
     TestHost host{setup};
     EXPECT_FALSE(raise(host).has_value());
-    EXPECT_EQ(callsOf(host, "RuntimeRaiseException"), 0);
-    EXPECT_EQ(callsOf(host, "REALUnlockString"), 1);
+    EXPECT_EQ(host.callsOf("RuntimeRaiseException"), 0);
+    EXPECT_EQ(host.callsOf("REALUnlockString"), 1);
 
     TestHost withoutInstances{hostSetup(artefact()).without({"PluginNewInstance"})};
     EXPECT_FALSE(raise(withoutInstances).has_value());
@@ -163,37 +141,58 @@ TEST_P(HostAccess, DoesWithoutAnyOneFunction)
     const std::set<std::string> releasing{"REALUnlockObject", "unlockPictureDescription"};
     for (const char* function :
          {"newPicture", "lockPictureDescription", "REALLockPictureDescription", "REALPictureClearCache",
-          "pluginObjectType", "REALLockObject", "REALUnlockObject", "unlockPictureDescription"})
+          "pluginObjectType", "REALUnlockObject", "unlockPictureDescription"})
         for (const HostSetup& setup : hostSetups(artefact()))
         {
-            SCOPED_TRACE(setup.name + ", without " + function);
             TestHost host{setup.without({function})};
-            if (releasing.contains(function) || std::string(function) == "REALLockObject")
+            if (releasing.contains(function))
                 host.ignoreLedger();
             const standin::Picture photo = upload(host, someContent);
-            if (std::string(function) == "REALLockObject")
-                continue; // without it the plug-in gives back what it has not taken, which no host survives
             host.call(photo, "InvertQVR");
             host.setAbsent(function, false);
             expectCall(someInverted, host, photo, "InvertQVR");
         }
 }
 
+/// A reader that could not take a reference gives it back all the same, which the host must know how to
+/// refuse. (Nothing is written here: the one reference of a new picture would be given back before its first
+/// pixel.)
+TEST_P(HostAccess, ReadsWithoutTakingReferences)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        host.ignoreLedger();
+        const standin::Picture photo = upload(host, someContent);
+        host.setAbsent("REALLockObject");
+        for (int round = 1; round <= 3; ++round)
+        {
+            EXPECT_EQ(host.call(photo, "CountColorQVR", {0x0A141EU}).integer(), 15);
+            EXPECT_EQ(host.lookups("REALLockObject"), round) << "it is asked for at every use";
+            EXPECT_EQ(host.ledger().faults.size(), static_cast<std::size_t>(round))
+                << host.ledger().describe();
+        }
+        EXPECT_EQ(host.ledger().faults.front(), "picture#1 was released more often than it was retained");
+        EXPECT_EQ(photo.referenceCount(), 1);
+        host.setAbsent("REALLockObject", false);
+        expectCall(someInverted, host, photo, "InvertQVR");
+        EXPECT_EQ(host.ledger().faults.size(), 3U) << "nothing more is wrong once it is there";
+    });
+}
+
 TEST_P(HostAccess, LoadsTheFrameworkOnceAndKeepsItsFunctions)
 {
-    TestHost host{logging(hostSetup(artefact()))};
+    TestHost host{hostSetup(artefact()).logged()};
     const standin::Picture photo = upload(host, someContent);
     expectCall(someInverted, host, photo, "InvertQVR");
-    const std::vector<std::string> names = callNames(host);
+    const std::vector<std::string> names = host.callNames();
     const std::vector<std::string> loading{
         "FSFindFolder",   "CFURLCreateFromFSRef",   "CFURLCreateCopyAppendingPathComponent",
         "CFBundleCreate", "CFBundleLoadExecutable", "CFBundleGetFunctionPointerForName"};
     for (const std::string& name : loading)
-        EXPECT_GE(callsOf(host, name), 1) << name;
-    EXPECT_EQ(callsOf(host, "FSFindFolder"), 1);
-    EXPECT_EQ(callsOf(host, "CFBundleLoadExecutable"), 1);
-    EXPECT_EQ(callsOf(host, "CFBundleGetFunctionPointerForName"), 6);
-    EXPECT_EQ(callsOf(host, "CFRelease"), 2) << "both locations are given back, the framework stays";
+        EXPECT_GE(host.callsOf(name), 1) << name;
+    EXPECT_EQ(host.callsOf("FSFindFolder"), 1);
+    EXPECT_EQ(host.callsOf("CFBundleLoadExecutable"), 1);
+    EXPECT_EQ(host.callsOf("CFBundleGetFunctionPointerForName"), 6);
+    EXPECT_EQ(host.callsOf("CFRelease"), 2) << "both locations are given back, the framework stays";
     const auto folder =
         std::find_if(host.callLog().begin(), host.callLog().end(),
                      [](const std::string& call) { return call.starts_with("FSFindFolder"); });
@@ -204,17 +203,17 @@ TEST_P(HostAccess, LoadsTheFrameworkOnceAndKeepsItsFunctions)
     host.clearCallLog();
     expectCall(someInverted, host, photo, "InvertQVR");
     for (const std::string& name : loading)
-        EXPECT_EQ(callsOf(host, name), 0) << name;
+        EXPECT_EQ(host.callsOf(name), 0) << name;
 }
 
 TEST_P(HostAccess, NeedsNoFrameworkOnConsoles)
 {
     for (const Kind kind : {Kind::Console, Kind::Web})
     {
-        TestHost host{logging(hostSetup(artefact(), kind))};
+        TestHost host{hostSetup(artefact(), kind).logged()};
         expectCall(someInverted, host, upload(host, someContent), "InvertQVR");
-        EXPECT_EQ(callsOf(host, "FSFindFolder"), 0);
-        EXPECT_EQ(callsOf(host, "CFBundleGetFunctionPointerForName"), 0);
+        EXPECT_EQ(host.callsOf("FSFindFolder"), 0);
+        EXPECT_EQ(host.callsOf("CFBundleGetFunctionPointerForName"), 0);
     }
 }
 
@@ -254,18 +253,14 @@ TEST_P(HostAccess, LooksUpMissingQuickDrawFunctionsAgain)
 /// The bytes of strings come from the host's own function or, before 2013.0, from older ones.
 TEST_P(HostAccess, ReadsStringsInEveryVersion)
 {
-    for (const double version : hostVersions)
-        for (const HostSetup& setup : hostSetups(artefact()))
-        {
-            SCOPED_TRACE(setup.name + ", version " + std::to_string(version));
-            TestHost host{setup.version(version)};
-            const standin::String text =
-                host.callGlobal("PicturetoBinaryStringQVR", {upload(host, someContent)}).string();
-            ASSERT_FALSE(text.isNil());
-            host.expectBalanced("after writing");
-            expectPicture(someContent, host.callGlobal("BinaryStringtoPictureQVR", {text}).picture(),
-                          "reading back");
-        }
+    forEachHostVersion(artefact(), [](TestHost& host) {
+        const standin::String text =
+            host.callGlobal("PicturetoBinaryStringQVR", {upload(host, someContent)}).string();
+        ASSERT_FALSE(text.isNil());
+        host.expectBalanced("after writing");
+        expectPicture(someContent, host.callGlobal("BinaryStringtoPictureQVR", {text}).picture(),
+                      "reading back");
+    });
 }
 
 TEST_P(HostAccess, WithoutItsWaysToStringsNothingIsRead)

@@ -1,7 +1,6 @@
 #include "tests/reference/inversion.h"
 
-#include "tests/support/pictures.h"
-#include "tests/support/torture.h"
+#include "tests/support/operation_checks.h"
 
 #include <limits>
 
@@ -22,20 +21,16 @@ Arguments argumentsOf(const Rectangle& rectangle)
     return {rectangle.left, rectangle.top, rectangle.width, rectangle.height};
 }
 
-/// What both methods give for a rectangle, with sources in every storage.
-void expectRectangle(TestHost& host, const Picture& content, const Rectangle& rectangle)
+/// What both methods give for a rectangle.
+void expectRectangle(TestHost& host, const standin::Picture& photo, const Rectangle& rectangle)
 {
+    const Picture source = download(photo);
+    const int sourceBytes = bytesRead(host, photo);
     const int resultBytes = bytesPerPixel(host.newStorage());
-    for (const standin::Storage storage : sourceStorages(host))
-    {
-        const standin::Picture photo = upload(host, content, storage);
-        const Picture source = download(photo);
-        const int sourceBytes = bytesRead(host, photo);
-        expectCall(invert(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertQVR",
-                   argumentsOf(rectangle));
-        expectCall(invertGray(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertGrayQVR",
-                   argumentsOf(rectangle));
-    }
+    expectCall(invert(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertQVR",
+               argumentsOf(rectangle));
+    expectCall(invertGray(source, rectangle, sourceBytes, resultBytes), host, photo, "InvertGrayQVR",
+               argumentsOf(rectangle));
 }
 
 TEST_P(Inversion, InvertsEveryChannelAndIsOpaque)
@@ -84,7 +79,8 @@ TEST_P(Inversion, RectanglesAreCutAtTheEdges)
               Rectangle{1, 1, most, most}, Rectangle{most, 0, most, 1}, Rectangle{0, most, 1, most},
               Rectangle{least, least, most, most}, Rectangle{least, 0, least, least},
               Rectangle{-5, -5, -1, -1}})
-            expectRectangle(host, content, rectangle);
+            for (const standin::Storage storage : sourceStorages(host))
+                expectRectangle(host, upload(host, content, storage), rectangle);
     });
 }
 
@@ -117,17 +113,12 @@ TEST_P(Inversion, RectanglesOf24BitPicturesStartFourBytesAPixelIn)
 
 TEST_P(Inversion, EqualsTheReferenceEverywhere)
 {
-    Random random{33};
-    forEachHostAndLoop(artefact(), [&](TestHost& host) {
-        for (const auto& [width, height] : testSizes())
-        {
-            const Picture content = randomPictureOfAnyPalette(random, width, height);
-            expectRectangle(host, content, {});
-            for (int i = 0; i < 3; ++i)
-                expectRectangle(host, content,
-                                {random.coordinate(width), random.coordinate(height),
-                                 random.coordinate(width), random.coordinate(height)});
-        }
+    forEachSource(artefact(), [](TestHost& host, const standin::Picture& photo, Random& random) {
+        expectRectangle(host, photo, {});
+        for (int i = 0; i < 3; ++i)
+            expectRectangle(host, photo,
+                            {random.coordinate(photo.width()), random.coordinate(photo.height()),
+                             random.coordinate(photo.width()), random.coordinate(photo.height())});
     });
 }
 
@@ -139,26 +130,20 @@ TEST_P(Inversion, LargePicturesAreRightToo)
     for (const int lanes : {4, 8})
         for (const standin::Kind kind : {standin::Kind::Desktop, standin::Kind::Console})
         {
-            TestHost host{hostSetup(artefact(), kind)};
-            host.limitLanes(lanes);
+            TestHost host{hostSetup(artefact(), kind).lanes(lanes)};
             const standin::Picture photo = upload(host, content);
             expectCall(reference::invert(content, {}), host, photo, "InvertQVR");
         }
 }
 
-TEST_P(Inversion, NilAndPicturesOfImpossibleSizesGiveNil)
+TEST_P(Inversion, KeepsToItsLimits)
 {
-    forEachHost(artefact(), [](TestHost& host) {
-        for (const char* method : {"InvertQVR", "InvertGrayQVR"})
-            for (const Arguments& arguments : {Arguments{}, Arguments{0, 0, 1, 1}})
-            {
-                expectNil(host, standin::Picture(), method, arguments);
-                expectNilForImpossibleSizes(host, method, arguments);
-            }
-    });
+    for (const char* method : {"InvertQVR", "InvertGrayQVR"})
+        for (const Arguments& arguments : {Arguments{}, Arguments{0, 0, 1, 1}})
+            expectLimitsOfMethod(artefact(), method, arguments);
 }
 
-TEST_P(Inversion, SurvivesEveryFailure)
+TEST_P(Inversion, SurvivesFailingCalls)
 {
     tortureMethod(artefact(), "InvertQVR");
     tortureMethod(artefact(), "InvertGrayQVR", {1, 1, 5, 2});

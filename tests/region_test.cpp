@@ -1,7 +1,6 @@
 #include "tests/reference/regions.h"
 
-#include "tests/support/pictures.h"
-#include "tests/support/torture.h"
+#include "tests/support/operation_checks.h"
 
 #include <cmath>
 #include <limits>
@@ -22,8 +21,8 @@ class Region : public ArtefactTest
 };
 ON_EVERY_ARTEFACT(Region);
 
-bool test(TestHost& host, const standin::Picture& picture, const std::string& method,
-          const Arguments& arguments = {})
+bool isTrue(TestHost& host, const standin::Picture& picture, const std::string& method,
+            const Arguments& arguments = {})
 {
     return host.call(picture, method, arguments).boolean();
 }
@@ -42,9 +41,9 @@ TEST_P(Region, AnEmptyRectangleIsEverything)
               Rectangle{0, 3, 2, 2}, Rectangle{-9, 0, 5, 3}, Rectangle{100, 100, -1, -1},
               Rectangle{most, most, most, most}, Rectangle{least, least, most, most}})
             for (const char* method : {"isBlackQVR", "isWhiteQVR"})
-                EXPECT_TRUE(test(host, photo, method, {empty.left, empty.top, empty.width, empty.height}));
-        EXPECT_TRUE(test(host, photo, "isGrayQVR", {0, 0, 0, 0, 0}));
-        EXPECT_FALSE(test(host, photo, "isGrayQVR", {0, 0, 0, most, most}));
+                EXPECT_TRUE(isTrue(host, photo, method, {empty.left, empty.top, empty.width, empty.height}));
+        EXPECT_TRUE(isTrue(host, photo, "isGrayQVR", {0, 0, 0, 0, 0}));
+        EXPECT_FALSE(isTrue(host, photo, "isGrayQVR", {0, 0, 0, most, most}));
     });
 }
 
@@ -56,10 +55,10 @@ TEST_P(Region, ANegativeStartKeepsTheFarEdge)
             content.at(x, y) = {0, 0, 0};
     forEachHost(artefact(), [&](TestHost& host) {
         const standin::Picture photo = upload(host, content);
-        EXPECT_TRUE(test(host, photo, "isBlackQVR", {-5, -5, 10, 10}));
-        EXPECT_FALSE(test(host, photo, "isBlackQVR", {-5, -5, 11, 10}));
-        EXPECT_FALSE(test(host, photo, "isBlackQVR", {-5, -5, 10, 11}));
-        EXPECT_FALSE(test(host, photo, "isBlackQVR"));
+        EXPECT_TRUE(isTrue(host, photo, "isBlackQVR", {-5, -5, 10, 10}));
+        EXPECT_FALSE(isTrue(host, photo, "isBlackQVR", {-5, -5, 11, 10}));
+        EXPECT_FALSE(isTrue(host, photo, "isBlackQVR", {-5, -5, 10, 11}));
+        EXPECT_FALSE(isTrue(host, photo, "isBlackQVR"));
     });
 }
 
@@ -69,12 +68,12 @@ TEST_P(Region, AlphaIsNeverLookedAt)
         for (const std::uint8_t alpha : std::initializer_list<std::uint8_t>{0, 77, 255})
         {
             const standin::Picture black = upload(host, Picture(5, 5, {0, 0, 0, alpha}));
-            EXPECT_TRUE(test(host, black, "isBlackQVR"));
-            EXPECT_FALSE(test(host, black, "isWhiteQVR"));
+            EXPECT_TRUE(isTrue(host, black, "isBlackQVR"));
+            EXPECT_FALSE(isTrue(host, black, "isWhiteQVR"));
             const standin::Picture white = upload(host, Picture(5, 5, {255, 255, 255, alpha}));
-            EXPECT_TRUE(test(host, white, "isWhiteQVR"));
-            EXPECT_TRUE(test(host, white, "isGrayQVR"));
-            EXPECT_FALSE(test(host, white, "isBlackQVR"));
+            EXPECT_TRUE(isTrue(host, white, "isWhiteQVR"));
+            EXPECT_TRUE(isTrue(host, white, "isGrayQVR"));
+            EXPECT_FALSE(isTrue(host, white, "isBlackQVR"));
         }
     });
 }
@@ -83,17 +82,17 @@ TEST_P(Region, TheToleranceOfGreyIsInclusiveAndWithoutSign)
 {
     forEachHost(artefact(), [](TestHost& host) {
         const standin::Picture one = upload(host, Picture(1, 1, {10, 11, 10}));
-        EXPECT_FALSE(test(host, one, "isGrayQVR"));
-        EXPECT_FALSE(test(host, one, "isGrayQVR", {0}));
-        EXPECT_TRUE(test(host, one, "isGrayQVR", {1}));
-        EXPECT_TRUE(test(host, one, "isGrayQVR", {-1}));
-        EXPECT_FALSE(test(host, upload(host, Picture(1, 1, {10, 12, 10})), "isGrayQVR", {1}));
+        EXPECT_FALSE(isTrue(host, one, "isGrayQVR"));
+        EXPECT_FALSE(isTrue(host, one, "isGrayQVR", {0}));
+        EXPECT_TRUE(isTrue(host, one, "isGrayQVR", {1}));
+        EXPECT_TRUE(isTrue(host, one, "isGrayQVR", {-1}));
+        EXPECT_FALSE(isTrue(host, upload(host, Picture(1, 1, {10, 12, 10})), "isGrayQVR", {1}));
         // Neighbouring channels are near each other, red and blue are not.
-        EXPECT_FALSE(test(host, upload(host, Picture(1, 1, {10, 11, 12})), "isGrayQVR", {1}));
+        EXPECT_FALSE(isTrue(host, upload(host, Picture(1, 1, {10, 11, 12})), "isGrayQVR", {1}));
         const standin::Picture red = upload(host, Picture(9, 2, {255, 0, 0}));
-        EXPECT_FALSE(test(host, red, "isGrayQVR", {254}));
+        EXPECT_FALSE(isTrue(host, red, "isGrayQVR", {254}));
         for (const int everything : {255, -255, most, least, least + 1})
-            EXPECT_TRUE(test(host, red, "isGrayQVR", {everything})) << everything;
+            EXPECT_TRUE(isTrue(host, red, "isGrayQVR", {everything})) << everything;
     });
 }
 
@@ -109,11 +108,11 @@ TEST_P(Region, OneWrongPixelIsFoundWhereverItIs)
             {
                 black.setPixel(x, 1, {0, 0, 1, 0});
                 white.setPixel(x, 1, {255, 254, 255, 0});
-                EXPECT_FALSE(test(host, black, "isBlackQVR")) << x << " of " << width;
-                EXPECT_FALSE(test(host, white, "isWhiteQVR")) << x << " of " << width;
-                EXPECT_FALSE(test(host, black, "isGrayQVR")) << x << " of " << width;
-                EXPECT_TRUE(test(host, black, "isBlackQVR", {0, 0, width, 1}));
-                EXPECT_TRUE(test(host, black, "isBlackQVR", {0, 1, x, 1}));
+                EXPECT_FALSE(isTrue(host, black, "isBlackQVR")) << x << " of " << width;
+                EXPECT_FALSE(isTrue(host, white, "isWhiteQVR")) << x << " of " << width;
+                EXPECT_FALSE(isTrue(host, black, "isGrayQVR")) << x << " of " << width;
+                EXPECT_TRUE(isTrue(host, black, "isBlackQVR", {0, 0, width, 1}));
+                EXPECT_TRUE(isTrue(host, black, "isBlackQVR", {0, 1, x, 1}));
                 black.setPixel(x, 1, {0, 0, 0, 9});
                 white.setPixel(x, 1, {255, 255, 255, 9});
             }
@@ -123,38 +122,34 @@ TEST_P(Region, OneWrongPixelIsFoundWhereverItIs)
 
 TEST_P(Region, TestsEqualTheReferenceEverywhere)
 {
-    Random random{61};
-    forEachHostAndLoop(artefact(), [&](TestHost& host) {
-        for (const auto& [width, height] : testSizes())
-            for (const standin::Storage storage : sourceStorages(host))
-            {
-                // Mostly one grey, so that all answers occur.
-                const auto base = static_cast<std::uint8_t>(random.onceIn(2)   ? 0
-                                                            : random.onceIn(2) ? 255
-                                                                               : 100);
-                Picture content(width, height, {base, base, base});
-                for (int i = random.between(0, 3); i > 0; --i)
-                    content.at(random.between(0, width - 1), random.between(0, height - 1)) = {
-                        random.byte(), static_cast<std::uint8_t>(base ^ random.between(0, 3)), base};
-                const standin::Picture photo = upload(host, content, storage);
-                const Picture source = download(photo);
-                const int bytes = bytesRead(host, photo);
-                for (int i = 0; i < 6; ++i)
-                {
-                    const Rectangle r{random.coordinate(width), random.coordinate(height),
-                                      random.coordinate(width), random.coordinate(height)};
-                    const int tolerance = random.onceIn(5) ? least : random.between(-130, 130);
-                    const Arguments four{r.left, r.top, r.width, r.height};
-                    const Arguments five{tolerance, r.left, r.top, r.width, r.height};
-                    EXPECT_EQ(test(host, photo, "isBlackQVR", four), isBlack(source, r, bytes))
-                        << callText("isBlackQVR", four) << nameOf(storage) << width << " x " << height;
-                    EXPECT_EQ(test(host, photo, "isWhiteQVR", four), isWhite(source, r, bytes))
-                        << callText("isWhiteQVR", four) << nameOf(storage) << width << " x " << height;
-                    EXPECT_EQ(test(host, photo, "isGrayQVR", five), isGray(source, tolerance, r, bytes))
-                        << callText("isGrayQVR", five) << nameOf(storage) << width << " x " << height;
-                }
-            }
-    });
+    // Mostly one grey, so that all answers occur.
+    const auto mostlyOneGrey = [](Random& random, int width, int height) {
+        const auto base = static_cast<std::uint8_t>(random.onceIn(2) ? 0 : random.onceIn(2) ? 255 : 100);
+        Picture content(width, height, {base, base, base});
+        for (int i = random.between(0, 3); i > 0; --i)
+            content.at(random.between(0, width - 1), random.between(0, height - 1)) = {
+                random.byte(), static_cast<std::uint8_t>(base ^ random.between(0, 3)), base};
+        return content;
+    };
+    const auto test = [](TestHost& host, const standin::Picture& photo, Random& random) {
+        const Picture source = download(photo);
+        const int bytes = bytesRead(host, photo);
+        for (int i = 0; i < 6; ++i)
+        {
+            const Rectangle r{random.coordinate(source.width), random.coordinate(source.height),
+                              random.coordinate(source.width), random.coordinate(source.height)};
+            const int tolerance = random.onceIn(5) ? least : random.between(-130, 130);
+            const Arguments four{r.left, r.top, r.width, r.height};
+            const Arguments five{tolerance, r.left, r.top, r.width, r.height};
+            ASSERT_EQ(isTrue(host, photo, "isBlackQVR", four), isBlack(source, r, bytes))
+                << callText("isBlackQVR", four);
+            ASSERT_EQ(isTrue(host, photo, "isWhiteQVR", four), isWhite(source, r, bytes))
+                << callText("isWhiteQVR", four);
+            ASSERT_EQ(isTrue(host, photo, "isGrayQVR", five), isGray(source, tolerance, r, bytes))
+                << callText("isGrayQVR", five);
+        }
+    };
+    forEachSource(artefact(), test, mostlyOneGrey);
 }
 
 /// With three bytes a pixel, a rectangle starts four bytes a pixel into its rows and stops at their ends.
@@ -163,10 +158,10 @@ TEST_P(Region, RectanglesOf24BitPicturesStartFourBytesAPixelIn)
     TestHost host{hostSetup(artefact()).newPictures(standin::Storage::GWorld24)};
     const standin::Picture photo =
         upload(host, pictureOf({{{1, 1, 1}, {1, 0, 0}, {0, 1, 1}, {1, 1, 1}}}), standin::Storage::GWorld24);
-    EXPECT_TRUE(test(host, photo, "isBlackQVR", {1, 0, 1, 1}));
-    EXPECT_FALSE(test(host, photo, "isBlackQVR", {1, 0, 2, 1}));
-    EXPECT_FALSE(test(host, photo, "isBlackQVR", {2, 0, 1, 1}));
-    EXPECT_TRUE(test(host, photo, "isBlackQVR", {3, 0, 1, 1})) << "nothing of it lies inside of the row";
+    EXPECT_TRUE(isTrue(host, photo, "isBlackQVR", {1, 0, 1, 1}));
+    EXPECT_FALSE(isTrue(host, photo, "isBlackQVR", {1, 0, 2, 1}));
+    EXPECT_FALSE(isTrue(host, photo, "isBlackQVR", {2, 0, 1, 1}));
+    EXPECT_TRUE(isTrue(host, photo, "isBlackQVR", {3, 0, 1, 1})) << "nothing of it lies inside of the row";
 }
 
 TEST_P(Region, PicturesWithoutPixelsPassEveryTest)
@@ -175,9 +170,9 @@ TEST_P(Region, PicturesWithoutPixelsPassEveryTest)
         for (const auto& [width, height] : {std::pair{0, 3}, {3, 0}})
         {
             const standin::Picture photo = host.newPicture(width, height);
-            EXPECT_TRUE(test(host, photo, "isBlackQVR"));
-            EXPECT_TRUE(test(host, photo, "isWhiteQVR", {0, 0, 5, 5}));
-            EXPECT_TRUE(test(host, photo, "isGrayQVR"));
+            EXPECT_TRUE(isTrue(host, photo, "isBlackQVR"));
+            EXPECT_TRUE(isTrue(host, photo, "isWhiteQVR", {0, 0, 5, 5}));
+            EXPECT_TRUE(isTrue(host, photo, "isGrayQVR"));
             EXPECT_TRUE(std::isnan(host.call(photo, "ColornessQVR").number())) << "zero of zero pixels";
         }
     });
@@ -219,53 +214,36 @@ TEST_P(Region, ColournessCountsColouredPixels)
 
 TEST_P(Region, ColournessEqualsTheReferenceEverywhere)
 {
-    Random random{62};
-    forEachHostAndLoop(artefact(), [&](TestHost& host) {
-        for (const auto& [width, height] : testSizes())
-            for (const standin::Storage storage : sourceStorages(host))
-            {
-                Picture content = randomPictureOfAnyPalette(random, width, height);
-                for (Pixel& pixel : content.pixels)
-                    if (random.onceIn(3))
-                        pixel = {static_cast<std::uint8_t>(random.between(27, 31)),
-                                 static_cast<std::uint8_t>(random.between(27, 31)),
-                                 static_cast<std::uint8_t>(random.between(27, 31))};
-                const standin::Picture photo = upload(host, content, storage);
-                const Picture source = download(photo);
-                for (const int threshold :
-                     {0, 1, 2, 10, 254, 255, -1, -300, most, most - 1, least + 1, random.between(-260, 260)})
-                    EXPECT_EQ(host.call(photo, "ColornessQVR", {threshold}).number(),
-                              reference::colorness(source, threshold))
-                        << threshold << ", " << nameOf(storage) << ", " << width << " x " << height;
-            }
-    });
+    // Many pixels around the brightness from which they count.
+    const auto dark = [](Random& random, int width, int height) {
+        Picture content = randomPictureOfAnyPalette(random, width, height);
+        for (Pixel& pixel : content.pixels)
+            if (random.onceIn(3))
+                pixel = {static_cast<std::uint8_t>(random.between(27, 31)),
+                         static_cast<std::uint8_t>(random.between(27, 31)),
+                         static_cast<std::uint8_t>(random.between(27, 31))};
+        return content;
+    };
+    const auto test = [](TestHost& host, const standin::Picture& photo, Random& random) {
+        const Picture source = download(photo);
+        for (const int threshold :
+             {0, 1, 2, 10, 254, 255, -1, -300, most, most - 1, least + 1, random.between(-260, 260)})
+            ASSERT_EQ(host.call(photo, "ColornessQVR", {threshold}).number(),
+                      reference::colorness(source, threshold))
+                << threshold;
+    };
+    forEachSource(artefact(), test, dark);
 }
 
-TEST_P(Region, SurvivesEveryFailure)
+TEST_P(Region, SurvivesFailingCalls)
 {
-    TortureRules rules;
-    rules.cleanResult = false;
-    const standin::Kind kinds[] = {standin::Kind::Desktop, standin::Kind::Console};
-    for (const standin::Kind kind : kinds)
-    {
-        const HostSetup setup = hostSetup(artefact(), kind);
-        const std::vector<standin::Storage> storages =
-            kind == standin::Kind::Desktop
-                ? std::vector{standin::Storage::GWorld32, standin::Storage::GWorld8,
-                              standin::Storage::Drawable}
-                : std::vector{standin::Storage::Bitmap};
-        for (const standin::Storage storage : storages)
-        {
-            const std::vector<TortureSource> black{{Picture(9, 3, {0, 0, 0}), storage}};
-            torture(setup, black, methodJob("isBlackQVR"), rules);
-            torture(setup, black, methodJob("isGrayQVR", {3}), rules);
-            const std::vector<TortureSource> white{{Picture(9, 3, {255, 255, 255}), storage}};
-            torture(setup, white, methodJob("isWhiteQVR", {1, 1, 4, 1}), rules);
-            TortureRules zero;
-            zero.cleanResult = 0.0;
-            torture(setup, {{Picture(9, 3, {255, 0, 0}), storage}}, methodJob("ColornessQVR"), zero);
-        }
-    }
+    const Picture black(9, 3, {0, 0, 0});
+    const Picture white(9, 3, {255, 255, 255});
+    const Picture red(9, 3, {255, 0, 0});
+    torture(artefact(), {black}, methodJob("isBlackQVR"), {.cleanResult = false});
+    torture(artefact(), {black}, methodJob("isGrayQVR", {3}), {.cleanResult = false});
+    torture(artefact(), {white}, methodJob("isWhiteQVR", {1, 1, 4, 1}), {.cleanResult = false});
+    torture(artefact(), {red}, methodJob("ColornessQVR"), {.cleanResult = 0.0});
 }
 
 } // namespace

@@ -97,13 +97,11 @@ void* addressOf(REALanyFunction function)
 }
 
 template <class Test>
-void forEachVersion(standin::Artefact artefact, Test test)
+void forEachVersion(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
     for (const Version& version : versions)
     {
-        const HostSetup setup = hostSetup(artefact).version(version.host);
-        SCOPED_TRACE(setup.name);
-        TestHost host{setup};
+        TestHost host{hostSetup(artefact).version(version.host), line};
         test(host, version);
     }
 }
@@ -349,28 +347,17 @@ TEST_P(Registration, WhatIsRegisteredCanBeCalledInEveryLayout)
     });
 }
 
-Lines callNames(const Lines& log)
-{
-    Lines names;
-    for (const std::string& call : log)
-        names.push_back(call.substr(0, call.find('(')));
-    return names;
-}
-
 TEST_P(Registration, CallsTheHostInOrder)
 {
     for (const Version& version : versions)
     {
-        HostSetup setup = hostSetup(artefact()).version(version.host);
-        setup.options.logCalls = true;
-        const TestHost host{setup};
-        Lines names = callNames(host.callLog());
-        const auto count = [&](const char* name) { return std::count(names.begin(), names.end(), name); };
+        const TestHost host{hostSetup(artefact()).version(version.host).logged()};
+        Lines names = host.callNames();
 
         // A converted definition is copied over the static one and freed; its five arrays stay.
         const bool older = version.layout == 9;
-        EXPECT_EQ(count("free"), older ? 3 : 0);
-        EXPECT_EQ(count("malloc") + count("calloc"), older ? 8 : 0);
+        EXPECT_EQ(host.callsOf("free"), older ? 3 : 0);
+        EXPECT_EQ(host.callsOf("malloc") + host.callsOf("calloc"), older ? 8 : 0);
         std::erase_if(names, [](const std::string& name) {
             return name == "malloc" || name == "calloc" || name == "free";
         });

@@ -82,8 +82,6 @@ TEST_P(Tint, EveryGreyLevelWithEveryWeight)
             const std::uint32_t mixed = weight << 16 | (255 - weight) << 8 | (weight * 3 & 255);
             expectTint(host, source, 0x010101 * weight, mixed);
             expectTint(host, source, mixed, 0x010101 * weight);
-            if (testing::Test::HasFailure())
-                return;
         }
     });
 }
@@ -98,29 +96,15 @@ TEST_P(Tint, KeepsToItsLimits)
     expectSameOnAllVersions(artefact(), job, [](const reference::Picture& source) {
         return reference::tint(source, 0x556677, 0xFFEE88);
     });
-    forEachHost(artefact(), [](TestHost& host) {
-        const Value result = tint(host, Picture(), 0x555555, 0xFFFFFF);
-        EXPECT_TRUE(isClean(result, nullptr));
-        EXPECT_FALSE(result.exception().has_value());
-    });
+    forEachHost(artefact(),
+                [](TestHost& host) { expectNil(host, tint(host, Picture(), 0x555555, 0xFFFFFF)); });
 }
 
 TEST_P(Tint, SurvivesFailingCalls)
 {
-    Random random{3};
-    const reference::Picture picture = randomPicture(random, 7, 3);
-    for (const HostSetup& setup : hostSetups(artefact()))
-    {
-        std::vector<standin::Storage> storages;
-        {
-            const TestHost host{setup};
-            storages = sourceStorages(host);
-        }
-        for (const standin::Storage storage : storages)
-            torture(setup, {{picture, storage}}, [](TestHost& host, std::vector<Picture>& sources) {
-                return tint(host, sources[0], 0x778899, 0xFFDD99);
-            });
-    }
+    torture(artefact(), {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
+        return tint(host, sources[0], 0x778899, 0xFFDD99);
+    });
 }
 
 } // namespace

@@ -148,7 +148,7 @@ TEST_P(Waveform, Defaults)
         for (int x = 0; x < 1000; ++x)
         {
             const standin::Pixel centre = picture.pixel(x, 250);
-            EXPECT_TRUE(centre.red == 0x27 && centre.green == 0x4C && centre.blue == 0x5A) << x;
+            ASSERT_TRUE(centre.red == 0x27 && centre.green == 0x4C && centre.blue == 0x5A) << x;
         }
         expectPicture(reference::renderWaveform(samples, {})->picture, picture,
                       "RenderSamplesQVR with defaults");
@@ -195,27 +195,27 @@ TEST_P(Waveform, KnownShapes)
         const Picture scaled = render(host, loud, {.width = 4, .height = 20, .autoScale = true}).picture();
         for (const Picture& picture : {full, scaled})
             for (int y = 0; y < 20; ++y)
-                EXPECT_EQ(fore(picture, 2, y), y >= 10) << y;
+                ASSERT_EQ(fore(picture, 2, y), y >= 10) << y;
         const MemoryBlock negative = host.newMemoryBlock(Bytes(20, 0));
         const Picture above = render(host, negative, {.width = 4, .height = 20, .autoScale = true}).picture();
         for (int y = 0; y < 20; ++y)
-            EXPECT_EQ(fore(above, 1, y), y <= 10) << y;
+            ASSERT_EQ(fore(above, 1, y), y <= 10) << y;
         // Silence scaled to fill, and columns without a sample, rise to the top.
         const MemoryBlock silent = host.newMemoryBlock(Bytes(20, 128));
         const Picture nothing = render(host, silent, {.width = 4, .height = 20, .autoScale = true}).picture();
         const Picture empty = render(host, silent, {.sampleCount = 1, .width = 4, .height = 20}).picture();
         for (int y = 0; y < 20; ++y)
         {
-            EXPECT_EQ(fore(nothing, 3, y), y <= 10) << y;
-            EXPECT_EQ(fore(empty, 1, y), y <= 10) << y;
+            ASSERT_EQ(fore(nothing, 3, y), y <= 10) << y;
+            ASSERT_EQ(fore(empty, 1, y), y <= 10) << y;
         }
         const Picture quiet = render(host, silent, {.width = 4, .height = 20}).picture();
         for (int y = 0; y < 20; ++y)
-            EXPECT_EQ(fore(quiet, 0, y), y == 10) << y;
+            ASSERT_EQ(fore(quiet, 0, y), y == 10) << y;
         // A level outline is solid.
         const Picture level = render(host, silent, {.width = 4, .height = 20, .outlineWidth = 1}).picture();
         for (int x = 0; x < 4; ++x)
-            EXPECT_EQ(level.pixel(x, 10).red, 0x20);
+            ASSERT_EQ(level.pixel(x, 10).red, 0x20);
     });
 }
 
@@ -409,10 +409,9 @@ TEST_P(Waveform, NoSamplesAtAll)
 
 TEST_P(Waveform, WideOutlinesAreTheHostsLines)
 {
-    for (HostSetup setup : hostSetups(artefact()))
+    for (const HostSetup& setup : hostSetups(artefact()))
     {
-        setup.options.logCalls = true;
-        TestHost host{setup};
+        TestHost host{setup.logged()};
         Random random{96};
         for (const int outlineWidth : {2, 3, 4, 9, 1000})
             for (const int smooth : {1, 2})
@@ -485,15 +484,15 @@ TEST_P(Waveform, KeepsToItsLimits)
     // The picture that stands for a source is of no use here; what fails is the result.
     for (const HostSetup& setup : hostSetups(artefact()))
     {
-        SCOPED_TRACE(setup.name);
         TestHost host{setup};
         MemoryBlock block = host.newMemoryBlock(samples);
-        const bool bitmaps = host.newStorage() == standin::Storage::Bitmap;
         host.faults().failCall("newPicture");
         EXPECT_TRUE(rendersNothing(host, block, settings));
-        host.newPictureQuirks().lockFails = bitmaps;
-        host.newPictureQuirks().nullPixMap = !bitmaps;
-        EXPECT_TRUE(rendersNothing(host, block, settings));
+        for (const standin::PictureQuirks& quirks : waysToBreak(host))
+        {
+            host.newPictureQuirks() = quirks;
+            EXPECT_TRUE(rendersNothing(host, block, settings));
+        }
         host.newPictureQuirks() = {};
         for (int n = 1; n <= 2; ++n)
         {
@@ -515,27 +514,22 @@ TEST_P(Waveform, KeepsToItsLimits)
         EXPECT_TRUE(rendersNothing(sizeless, sizeless.newMemoryBlock(samples), {.height = 9}));
         counted.sampleCount = 300;
         expectWaveform(sizeless, samples, counted, "without sizes of blocks");
-
-        for (const double version : hostVersions)
-        {
-            TestHost versioned{setup.version(version)};
-            expectWaveform(versioned, samples, settings, versioned.setup().name);
-        }
     }
+    forEachHostVersion(artefact(), [&](TestHost& host) { expectWaveform(host, samples, settings); });
 }
 
 TEST_P(Waveform, SurvivesFailingCalls)
 {
     Random random{99};
     const Bytes samples = randomSamples(random, 300);
-    for (const HostSetup& setup : hostSetups(artefact()))
-        for (const int outlineWidth : {0, 1, 3})
-            torture(setup, {},
-                    [&](TestHost& host, std::vector<Picture>&) {
-                        return render(host, host.newMemoryBlock(samples),
-                                      {.width = 23, .height = 30, .outlineWidth = outlineWidth});
-                    },
-                    {.alsoSpoil = {"REALSetPropValueUInt32", "REALSetPropValueInt"}});
+    for (const int outlineWidth : {0, 1, 3})
+    {
+        const TortureJob job = [&](TestHost& host, std::vector<Picture>&) {
+            return render(host, host.newMemoryBlock(samples),
+                          {.width = 23, .height = 30, .outlineWidth = outlineWidth});
+        };
+        torture(artefact(), {}, job, {.alsoSpoil = {"REALSetPropValueUInt32", "REALSetPropValueInt"}});
+    }
 }
 
 } // namespace

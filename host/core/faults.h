@@ -34,6 +34,12 @@ public:
         return failed;
     }
 
+    /// The name of the call that failed last because of them; empty when none has.
+    const std::string& lastFailure() const
+    {
+        return lastFailed;
+    }
+
     /// Counts a call, and tells whether it is to fail. For the host's own use.
     bool strikes(const std::string& name, bool canFail);
 
@@ -49,6 +55,7 @@ private:
     int anyCountdown = 0;
     int calls = 0;
     int failed = 0;
+    std::string lastFailed;
 };
 
 } // namespace standin

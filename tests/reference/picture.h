@@ -77,4 +77,10 @@ Picture mapped(Picture picture, Function function)
     return picture;
 }
 
+/// The same colours, opaque.
+inline Picture opaque(const Picture& picture)
+{
+    return mapped(picture, [](Pixel pixel) { return pixel; });
+}
+
 } // namespace reference

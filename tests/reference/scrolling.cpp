@@ -1,26 +1,18 @@
 #include "tests/reference/scrolling.h"
 
+#include <cstdint>
+
 namespace reference
 {
-
-int rotationShift(int delta, int size)
-{
-    const int half = size / 2;
-    int shift = delta % size;
-    if (shift >= half)
-        shift -= size;
-    if (shift <= -half)
-        shift += size;
-    return shift;
-}
 
 namespace
 {
 
-int wrapped(int position, int size)
+/// Where a row or column ends that is moved by a distance on a ring of this size.
+int moved(int position, int distance, int size)
 {
-    const int rest = position % size;
-    return rest < 0 ? rest + size : rest;
+    const std::int64_t end = (std::int64_t{position} + distance) % size;
+    return static_cast<int>(end < 0 ? end + size : end);
 }
 
 } // namespace
@@ -28,20 +20,18 @@ int wrapped(int position, int size)
 Picture rotateVertically(const Picture& picture, int delta)
 {
     Picture result = picture;
-    const int shift = rotationShift(delta, picture.height);
     for (int y = 0; y < picture.height; ++y)
         for (int x = 0; x < picture.width; ++x)
-            result.at(x, y) = picture.at(x, wrapped(y - shift, picture.height));
+            result.at(x, moved(y, delta, picture.height)) = picture.at(x, y);
     return result;
 }
 
 Picture rotateHorizontally(const Picture& picture, int delta)
 {
     Picture result = picture;
-    const int shift = rotationShift(delta, picture.width);
     for (int y = 0; y < picture.height; ++y)
         for (int x = 0; x < picture.width; ++x)
-            result.at(x, y) = picture.at(wrapped(x - shift, picture.width), y);
+            result.at(moved(x, delta, picture.width), y) = picture.at(x, y);
     return result;
 }
 

@@ -21,6 +21,16 @@ reference::Picture freshPicture(const standin::Picture& source)
     return {source.width(), source.height(), reference::untouched};
 }
 
+std::string filterText(const standin::Instance& filter, const standin::Picture& source,
+                       const std::string& settings)
+{
+    std::string text = filter.definition().name + " of a picture in " +
+                       std::string(nameOf(source.storage())) + " with " + settings;
+    for (const char* property : {"MinX", "MinY", "MaxX", "MaxY"})
+        text += std::string(", ") + property + " " + filter.get(property).describe();
+    return text;
+}
+
 standin::Picture runFilter(standin::Instance& filter, const standin::Picture& source)
 {
     filter.set("SourcePicture", source);

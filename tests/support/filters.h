@@ -13,6 +13,9 @@ void setRectangle(standin::Instance& filter, const reference::FilterRectangle& r
 reference::FilterRectangle randomRectangle(Random& random, int width, int height);
 /// The fresh picture that a filter starts from.
 reference::Picture freshPicture(const standin::Picture& source);
+/// "PictureSepiaQVR of a picture in gworld32 with no weights, MinX 1, MinY 2, MaxX 3, MaxY 4", for messages.
+std::string filterText(const standin::Instance& filter, const standin::Picture& source,
+                       const std::string& settings);
 /// Sets the source, runs the filter and gives "DestinationPicture", which must be nil when it failed.
 standin::Picture runFilter(standin::Instance& filter, const standin::Picture& source);
 

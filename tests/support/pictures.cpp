@@ -1,26 +1,14 @@
 #include "tests/support/pictures.h"
 
+#include "media/image.h"
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <sstream>
-
-#define STB_IMAGE_WRITE_STATIC
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#include <stb/stb_image_write.h>
 
 namespace
 {
-
-/// Enough to see a pattern, and not so much that a broken build fills the disk.
-constexpr int mostKeptFailures = 20;
-
-int channelOf(reference::Pixel pixel, int channel)
-{
-    const std::uint8_t channels[] = {pixel.red, pixel.green, pixel.blue, pixel.alpha};
-    return channels[channel];
-}
 
 /// The spare byte that a wanted pixel has in a storage.
 std::uint8_t storedAlpha(reference::Pixel wanted, standin::Storage storage, Alpha alpha)
@@ -31,35 +19,99 @@ std::uint8_t storedAlpha(reference::Pixel wanted, standin::Storage storage, Alph
     return alpha == Alpha::Opaque && wanted.alpha == 255 ? traits.opaqueAlpha : wanted.alpha;
 }
 
-void savePng(const std::filesystem::path& file, const reference::Picture& picture)
+reference::Pixel withoutAlpha(reference::Pixel pixel)
 {
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(picture.pixels.size() * 3);
-    for (const reference::Pixel& pixel : picture.pixels)
-        bytes.insert(bytes.end(), {pixel.red, pixel.green, pixel.blue});
-    if (!bytes.empty())
-        stbi_write_png(file.c_str(), picture.width, picture.height, 3, bytes.data(), picture.width * 3);
+    pixel.alpha = 0;
+    return pixel;
 }
 
-/// Keeps both pictures of a failure; gives what to tell about it.
-std::string keepFailure(const reference::Picture& wanted, const reference::Picture& got)
+/// Both pictures of a failure, with their spare bytes as they are stored.
+struct Mismatch
 {
-    static int kept = 0;
-    if (++kept > mostKeptFailures)
-        return "(not kept: there are enough pictures)";
-    const std::filesystem::path folder = std::filesystem::path{build::sourceDirectory} / "out/test-failures";
-    std::filesystem::create_directories(folder);
-    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string(test->test_suite_name()) + "." + test->name() + "-" + std::to_string(kept);
+    reference::Picture wanted;
+    reference::Picture got;
+    std::vector<int> wrong; ///< indices of pixels, ascending; never empty
+    /// Only spare bytes differ.
+    bool inAlphaOnly = true;
+};
+
+std::optional<Mismatch> mismatchOf(const reference::Picture& wanted, const standin::Picture& got, Alpha alpha)
+{
+    Mismatch result{wanted, download(got), {}};
+    for (std::size_t i = 0; i < wanted.pixels.size(); ++i)
+    {
+        reference::Pixel& want = result.wanted.pixels[i];
+        want.alpha = storedAlpha(want, got.storage(), alpha);
+        reference::Pixel& pixel = result.got.pixels[i];
+        if (withoutAlpha(want) != withoutAlpha(pixel))
+            result.inAlphaOnly = false;
+        else if (alpha == Alpha::Ignored || want.alpha == pixel.alpha)
+            continue;
+        result.wrong.push_back(static_cast<int>(i));
+    }
+    if (result.wrong.empty())
+        return std::nullopt;
+    return result;
+}
+
+/// "rows 0 to 4, 7, 9 to 12".
+std::string rowsText(const Mismatch& mismatch)
+{
+    std::vector<int> rows;
+    for (const int index : mismatch.wrong)
+        if (const int row = index / mismatch.wanted.width; rows.empty() || rows.back() != row)
+            rows.push_back(row);
+    constexpr int mostRanges = 8;
+    std::string text = rows.size() == 1 ? "row " : "rows ";
+    int ranges = 0;
+    for (std::size_t first = 0; first < rows.size();)
+    {
+        if (++ranges > mostRanges)
+            return text + " ... " + std::to_string(rows.back());
+        std::size_t last = first;
+        while (last + 1 < rows.size() && rows[last + 1] == rows[last] + 1)
+            ++last;
+        text += (first == 0 ? "" : ", ") + std::to_string(rows[first]);
+        if (last > first)
+            text += " to " + std::to_string(rows[last]);
+        first = last + 1;
+    }
+    return text;
+}
+
+/// Keeps one picture of the running test's failure, and gives the file's path. Colours are written opaque, so
+/// that they show; where only spare bytes differ, those are written as grey.
+std::string keep(const reference::Picture& picture, const std::string& role, bool alphaAsGrey)
+{
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path() / "failed";
+    fs::create_directories(folder);
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(test.test_suite_name()) + "." + test.name() + "-" + role + ".png";
     std::replace(name.begin(), name.end(), '/', '-');
-    savePng(folder / (name + "-wanted.png"), wanted);
-    savePng(folder / (name + "-got.png"), got);
-    return "kept as " + (folder / name).string() + "-{wanted,got}.png";
+    std::vector<std::uint8_t> bytes;
+    for (const reference::Pixel& pixel : picture.pixels)
+        if (alphaAsGrey)
+            bytes.insert(bytes.end(), {pixel.alpha, pixel.alpha, pixel.alpha, 255});
+        else
+            bytes.insert(bytes.end(), {pixel.red, pixel.green, pixel.blue, 255});
+    media::writePng((folder / name).string(), picture.width, picture.height, bytes);
+    return (folder / name).string();
 }
 
-std::string sizeText(int width, int height)
+std::string describe(const Mismatch& mismatch)
 {
-    return std::to_string(width) + " x " + std::to_string(height);
+    const int width = mismatch.wanted.width;
+    const int first = mismatch.wrong.front();
+    const auto at = static_cast<std::size_t>(first);
+    return "\n  wrong:  " + std::to_string(mismatch.wrong.size()) + " of " +
+           std::to_string(mismatch.wanted.pixels.size()) + " pixels" +
+           (mismatch.inAlphaOnly ? ", in alpha only" : "") + ", " + rowsText(mismatch) + "\n  first:  (" +
+           std::to_string(first % width) + ", " + std::to_string(first / width) + ")" +
+           "\n  wanted: " + pixelText(mismatch.wanted.pixels[at]) +
+           "\n  got:    " + pixelText(mismatch.got.pixels[at]) + "\n  " +
+           keep(mismatch.wanted, "wanted", mismatch.inAlphaOnly) + "\n  " +
+           keep(mismatch.got, "got", mismatch.inAlphaOnly);
 }
 
 reference::Pixel randomPixel(Random& random, Palette palette)
@@ -192,7 +244,12 @@ const std::vector<std::pair<int, int>>& testSizes()
 
 std::vector<standin::Storage> sourceStorages(const TestHost& host)
 {
-    const bool desktop = host.setup().options.kind == standin::Kind::Desktop;
+    return sourceStorages(host.setup());
+}
+
+std::vector<standin::Storage> sourceStorages(const HostSetup& setup)
+{
+    const bool desktop = setup.options.kind == standin::Kind::Desktop;
     return storagesThat([desktop](standin::Storage storage) {
         return desktop == (traitsOf(storage).access != standin::Access::Bitmap);
     });
@@ -242,47 +299,18 @@ reference::Picture download(const standin::Picture& picture)
     return result;
 }
 
-bool expectPicture(const reference::Picture& wanted, const standin::Picture& got,
-                   const std::string& operation, Alpha alpha)
+void expectPicture(const reference::Picture& wanted, const standin::Picture& got,
+                   const std::string& operation, Alpha alpha, SourceLine line)
 {
+    const std::string size = sizeText(wanted.width, wanted.height);
     if (got.isNil())
-    {
-        ADD_FAILURE() << operation << ": wanted a picture of " << sizeText(wanted.width, wanted.height)
-                      << ", got nil";
-        return false;
-    }
+        GTEST_FAIL_AT(line.file, line.number) << operation << ": wanted a picture of " << size << ", got nil";
     if (got.width() != wanted.width || got.height() != wanted.height)
-    {
-        ADD_FAILURE() << operation << ": wanted a picture of " << sizeText(wanted.width, wanted.height)
-                      << ", got one of " << sizeText(got.width(), got.height());
-        return false;
-    }
-
-    const reference::Picture pixels = download(got);
-    constexpr const char* channelNames[] = {"red", "green", "blue", "alpha"};
-    const int channels = alpha == Alpha::Ignored ? 3 : 4;
-    int count = 0;
-    std::ostringstream first;
-    for (int y = 0; y < wanted.height; ++y)
-        for (int x = 0; x < wanted.width; ++x)
-        {
-            reference::Pixel want = wanted.at(x, y);
-            want.alpha = storedAlpha(want, got.storage(), alpha);
-            int channel = 0;
-            while (channel < channels && channelOf(want, channel) == channelOf(pixels.at(x, y), channel))
-                ++channel;
-            if (channel == channels)
-                continue;
-            if (++count == 1)
-                first << "(" << x << ", " << y << ", " << channelNames[channel] << ", wanted "
-                      << channelOf(want, channel) << ", got " << channelOf(pixels.at(x, y), channel) << ")";
-        }
-    if (count == 0)
-        return true;
-    ADD_FAILURE() << operation << ", picture of " << sizeText(wanted.width, wanted.height) << " in "
-                  << nameOf(got.storage()) << ": " << count << " pixels differ, the first at " << first.str()
-                  << "; " << keepFailure(wanted, pixels);
-    return false;
+        GTEST_FAIL_AT(line.file, line.number) << operation << ": wanted a picture of " << size
+                                              << ", got one of " << sizeText(got.width(), got.height());
+    if (const std::optional<Mismatch> mismatch = mismatchOf(wanted, got, alpha))
+        GTEST_FAIL_AT(line.file, line.number) << operation << ": wrong picture of " << size << " in "
+                                              << nameOf(got.storage()) << describe(*mismatch);
 }
 
 std::string callText(const std::string& method, const standin::Arguments& arguments)
@@ -294,46 +322,38 @@ std::string callText(const std::string& method, const standin::Arguments& argume
 }
 
 standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, const standin::Picture& source,
-                            const std::string& method, const standin::Arguments& arguments, Alpha alpha)
+                            const std::string& method, const standin::Arguments& arguments, Alpha alpha,
+                            SourceLine line)
 {
     const std::vector<std::uint8_t> before = source.rgba();
     const standin::Value result = host.call(source, method, arguments);
-    EXPECT_FALSE(result.exception().has_value()) << callText(method, arguments);
     const std::string operation =
-        callText(method, arguments) + " on " + std::string(nameOf(source.storage()));
-    expectPicture(wanted, result.picture(), operation, alpha);
+        callText(method, arguments) + " of a picture in " + std::string(nameOf(source.storage()));
+    EXPECT_FALSE(result.exception().has_value()) << operation;
+    expectPicture(wanted, result.picture(), operation, alpha, line);
     EXPECT_TRUE(before == source.rgba()) << operation << " changed its source";
     return result.picture();
 }
 
-void expectNil(TestHost& host, const standin::Picture& source, const std::string& method,
-               const standin::Arguments& arguments)
+bool isClean(const standin::Value& result, const standin::Value& clean)
 {
-    const standin::Value result = host.call(source, method, arguments);
-    const std::string text = callText(method, arguments);
-    EXPECT_TRUE(result.picture().isNil()) << text << " gave " << result.describe();
-    EXPECT_FALSE(result.exception().has_value()) << text;
-    host.expectBalanced("after " + text);
+    if (!clean.isNil())
+        return result.describe() == clean.describe();
+    const auto* picture = std::get_if<standin::Picture>(&result.held());
+    const auto* string = std::get_if<standin::String>(&result.held());
+    return picture != nullptr ? picture->isNil() : string != nullptr ? string->isNil() : result.isNil();
 }
 
-void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
-                                 const standin::Arguments& arguments, bool largestGivesPicture)
+void expectNil(const TestHost& host, const standin::Value& result, const std::string& what, SourceLine line)
 {
-    constexpr int largest = 32767;
-    for (const auto& [width, height] : {std::pair{0, 3}, {3, 0}, {0, 0}, {largest + 1, 1}, {1, largest + 1}})
-    {
-        SCOPED_TRACE(sizeText(width, height));
-        expectNil(host, host.newPicture(width, height), method, arguments);
-    }
-    if (!largestGivesPicture)
-        return;
-    for (const auto& [width, height] : {std::pair{largest, 1}, {1, largest}})
-    {
-        standin::Picture photo = host.newPicture(width, height);
-        photo.fill({1, 2, 3, 4});
-        const standin::Picture result = host.call(photo, method, arguments).picture();
-        ASSERT_FALSE(result.isNil()) << callText(method, arguments) << " on " << sizeText(width, height);
-        EXPECT_EQ(result.width(), width);
-        EXPECT_EQ(result.height(), height);
-    }
+    const testing::ScopedTrace trace = line.trace(what);
+    EXPECT_TRUE(isClean(result, nullptr)) << "wanted nil, got " << result.describe();
+    EXPECT_FALSE(result.exception().has_value());
+    host.expectBalanced("afterwards");
+}
+
+void expectNil(TestHost& host, const standin::Picture& source, const std::string& method,
+               const standin::Arguments& arguments, SourceLine line)
+{
+    expectNil(host, host.call(source, method, arguments), callText(method, arguments), line);
 }

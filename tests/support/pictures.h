@@ -67,6 +67,7 @@ reference::Picture pictureOf(std::initializer_list<std::initializer_list<referen
 const std::vector<std::pair<int, int>>& testSizes();
 /// The storages that pictures handed to the plug-in can have on this host, those included that must be drawn
 /// into a copy.
+std::vector<standin::Storage> sourceStorages(const HostSetup& setup);
 std::vector<standin::Storage> sourceStorages(const TestHost& host);
 /// Whether the plug-in works in a picture's own memory, and not in a copy that the host draws.
 bool isLockable(standin::Storage storage);
@@ -102,11 +103,12 @@ enum class Alpha
     Ignored
 };
 
-/// Compares a result with what is wanted. A difference fails the test, naming `operation` (method and
-/// arguments), the first differing pixel and the number of them, and keeps both pictures under
-/// out/test-failures. Gives whether all is well.
-bool expectPicture(const reference::Picture& wanted, const standin::Picture& got,
-                   const std::string& operation, Alpha alpha = Alpha::Opaque);
+/// Compares a result with what is wanted. A difference ends the test: it tells the operation (method and
+/// arguments), the first wrong pixel, how many there are and in which rows, and keeps both pictures in the
+/// folder "failed" beside the test program.
+void expectPicture(const reference::Picture& wanted, const standin::Picture& got,
+                   const std::string& operation, Alpha alpha = Alpha::Opaque,
+                   SourceLine line = SourceLine::here());
 
 /// "ChangeContrastQVR(0.5)", for messages.
 std::string callText(const std::string& method, const standin::Arguments& arguments);
@@ -115,14 +117,13 @@ std::string callText(const std::string& method, const standin::Arguments& argume
 /// unchanged. Gives the result.
 standin::Picture expectCall(const reference::Picture& wanted, TestHost& host, const standin::Picture& source,
                             const std::string& method, const standin::Arguments& arguments = {},
-                            Alpha alpha = Alpha::Opaque);
+                            Alpha alpha = Alpha::Opaque, SourceLine line = SourceLine::here());
 
-/// Calls a method whose result is a picture and demands nil, without an exception and with nothing left
-/// locked.
+/// Whether a result is nil, or the false, 0 or -1 that `clean` is.
+bool isClean(const standin::Value& result, const standin::Value& clean);
+/// Demands a nil result, without an exception and with nothing left locked.
+void expectNil(const TestHost& host, const standin::Value& result, const std::string& what = "the call",
+               SourceLine line = SourceLine::here());
+/// Calls a method of a picture and demands the same.
 void expectNil(TestHost& host, const standin::Picture& source, const std::string& method,
-               const standin::Arguments& arguments = {});
-
-/// Demands nil for pictures without columns or rows and for those a pixel wider or higher than 32767, and a
-/// picture for those that are just as large. `largestGivesPicture`: false to leave out the latter.
-void expectNilForImpossibleSizes(TestHost& host, const std::string& method,
-                                 const standin::Arguments& arguments = {}, bool largestGivesPicture = true);
+               const standin::Arguments& arguments = {}, SourceLine line = SourceLine::here());

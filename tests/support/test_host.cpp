@@ -2,6 +2,9 @@
 
 #include "tests/reference/picture.h"
 
+#include <algorithm>
+#include <stdexcept>
+
 HostSetup HostSetup::version(double hostVersion) const
 {
     HostSetup result = *this;
@@ -15,6 +18,29 @@ HostSetup HostSetup::newPictures(standin::Storage storage) const
     HostSetup result = *this;
     result.options.newPictureStorage = storage;
     result.name += ", new pictures " + std::string(nameOf(storage));
+    return result;
+}
+
+HostSetup HostSetup::lanes(int limit) const
+{
+    HostSetup result = *this;
+    result.variables["qvrLaneLimit"] = limit;
+    result.name += ", " + std::to_string(limit) + " lanes";
+    return result;
+}
+
+HostSetup HostSetup::streamed() const
+{
+    HostSetup result = *this;
+    result.variables["qvrSmallestStreamed"] = 0;
+    result.name += ", streamed";
+    return result;
+}
+
+HostSetup HostSetup::logged() const
+{
+    HostSetup result = *this;
+    result.options.logCalls = true;
     return result;
 }
 
@@ -51,8 +77,18 @@ std::vector<HostSetup> hostSetups(standin::Artefact artefact)
             hostSetup(artefact, Kind::Web).newPictures(Storage::Bitmap)};
 }
 
-TestHost::TestHost(const HostSetup& setup) : Host(setup.options), hostSetup(setup)
+TestHost::TestHost(const HostSetup& setup, SourceLine line)
+    : Host(setup.options),
+      hostSetup(setup),
+      trace(line.trace(setup.name))
 {
+    for (const auto& [name, value] : setup.variables)
+    {
+        std::int32_t* variable = pluginVariable(name);
+        if (variable == nullptr)
+            throw std::runtime_error("the plug-in has no variable " + name);
+        *variable = value;
+    }
 }
 
 TestHost::~TestHost()
@@ -69,24 +105,22 @@ standin::Storage TestHost::newStorage() const
 void TestHost::expectBalanced(const std::string& when) const
 {
     const standin::Ledger now = ledger();
-    EXPECT_TRUE(now.balanced()) << hostSetup.name << ", " << when << ": " << now.describe();
+    EXPECT_TRUE(now.balanced()) << when << ": " << now.describe();
 }
 
-void TestHost::limitLanes(int lanes)
+std::vector<std::string> TestHost::callNames() const
 {
-    setVariable("qvrLaneLimit", lanes);
+    std::vector<std::string> names;
+    for (const std::string& call : callLog())
+        names.push_back(call.substr(0, call.find('(')));
+    return names;
 }
 
-void TestHost::streamEverything()
+int TestHost::callsOf(const std::string& start) const
 {
-    setVariable("qvrSmallestStreamed", 0);
-}
-
-void TestHost::setVariable(const char* name, std::int32_t value)
-{
-    std::int32_t* variable = pluginVariable(name);
-    ASSERT_NE(variable, nullptr) << "the plug-in has no variable " << name;
-    *variable = value;
+    const std::string wanted = start.find('(') == std::string::npos ? start + "(" : start;
+    return static_cast<int>(std::count_if(callLog().begin(), callLog().end(),
+                                          [&](const std::string& call) { return call.starts_with(wanted); }));
 }
 
 std::vector<standin::Artefact> bundlesOfThisBuild()

@@ -8,17 +8,20 @@
 ///     TEST_P(Inversion, InvertsEveryChannel)
 ///     {
 ///         forEachHost(artefact(), [](TestHost& host) {
-///             standin::Picture photo = host.newPicture(2, 2); // in the storage that this host's pictures
-///             have
+///             // In the storage that new pictures have on this host.
+///             standin::Picture photo = host.newPicture(2, 2);
 ///             ...
 ///         });
 ///     }
 #pragma once
 
 #include "host/host.h"
+#include "tests/support/printing.h"
+#include "tests/support/source_line.h"
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,10 +32,18 @@ struct HostSetup
 {
     std::string name;
     standin::Options options;
+    /// Values for the variables that the plug-in has for tests, by their names in the symbol table.
+    std::map<std::string, std::int32_t> variables;
 
     /// The same host with one thing changed.
     HostSetup version(double hostVersion) const;
     HostSetup newPictures(standin::Storage storage) const;
+    /// The plug-in's vector loops take `limit` pixels at a time: 4, or 8 (where the processor can).
+    HostSetup lanes(int limit) const;
+    /// The plug-in stores results of any size around the cache, as it does with large ones.
+    HostSetup streamed() const;
+    /// With a log of the plug-in's calls.
+    HostSetup logged() const;
     /// Without some host functions, or methods loaded by declaration.
     HostSetup without(const std::set<std::string>& functions) const;
 };
@@ -66,7 +77,7 @@ inline constexpr double hostVersions[] = {2010.0, 2010.029, 2011.0,  2012.0, 201
 class TestHost : public standin::Host
 {
 public:
-    explicit TestHost(const HostSetup& hostSetup);
+    explicit TestHost(const HostSetup& hostSetup, SourceLine line = SourceLine::here());
     ~TestHost();
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
@@ -84,16 +95,15 @@ public:
     {
         ledgerIgnored = true;
     }
-    /// Limits the plug-in's vector loops to `lanes` pixels at a time: 4, or 8 (where the processor can).
-    void limitLanes(int lanes);
-    /// Lets the plug-in store results of any size around the cache, as it does with large ones.
-    void streamEverything();
+    /// The names of the plug-in's calls, in their order, without arguments.
+    std::vector<std::string> callNames() const;
+    /// How many calls have this name, or start with this text where it has a parenthesis:
+    /// "LockPixels(picture#1".
+    int callsOf(const std::string& start) const;
 
 private:
-    /// Sets a variable that the plug-in has for tests, by its name in the symbol table.
-    void setVariable(const char* name, std::int32_t value);
-
     HostSetup hostSetup;
+    testing::ScopedTrace trace;
     bool ledgerIgnored = false;
 };
 
@@ -119,12 +129,11 @@ std::vector<standin::Artefact> bundlesOfThisBuild();
 
 /// Makes each of the four hosts, runs `test(TestHost&)` on it and checks the ledger.
 template <class Test>
-void forEachHost(standin::Artefact artefact, Test test)
+void forEachHost(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
     for (const HostSetup& setup : hostSetups(artefact))
     {
-        SCOPED_TRACE(setup.name);
-        TestHost host{setup};
+        TestHost host{setup, line};
         test(host);
     }
 }
@@ -132,17 +141,26 @@ void forEachHost(standin::Artefact artefact, Test test)
 /// The same with each of the plug-in's loops: over 4 pixels at a time and over 8, storing through the cache
 /// and around it.
 template <class Test>
-void forEachHostAndLoop(standin::Artefact artefact, Test test)
+void forEachHostAndLoop(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
     for (const int lanes : {4, 8})
         for (const bool streamed : {false, true})
-        {
-            SCOPED_TRACE(std::to_string(lanes) + (streamed ? " lanes, streamed" : " lanes"));
-            forEachHost(artefact, [&](TestHost& host) {
-                host.limitLanes(lanes);
-                if (streamed)
-                    host.streamEverything();
+            for (const HostSetup& setup : hostSetups(artefact))
+            {
+                const HostSetup withLanes = setup.lanes(lanes);
+                TestHost host{streamed ? withLanes.streamed() : withLanes, line};
                 test(host);
-            });
+            }
+}
+
+/// The same in every version.
+template <class Test>
+void forEachHostVersion(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
+{
+    for (const HostSetup& setup : hostSetups(artefact))
+        for (const double version : hostVersions)
+        {
+            TestHost host{setup.version(version), line};
+            test(host);
         }
 }

@@ -19,8 +19,7 @@ struct Run
 {
     standin::Value result;
     std::optional<reference::Picture> picture; ///< the result when it is one
-    int failures = 0;
-    std::vector<std::string> log;
+    std::string failed;                        ///< the name of the call that failed; empty when all went well
     /// The failed call was the look-up of the very function that unlocks; nothing can be done then.
     bool pixelsCannotBeUnlocked = false;
     /// The failed call was the look-up of the function that tells the row bytes.
@@ -54,59 +53,19 @@ bool isSameSize(const Run& run, const Run& faultless)
     return run.picture->width == faultless.picture->width && run.picture->height == faultless.picture->height;
 }
 
-/// Functions without a result: they cannot fail, and so are not counted.
-const std::set<std::string> withoutResult{"REALLockObject",
-                                          "REALUnlockObject",
-                                          "lockPictureDescription",
-                                          "unlockPictureDescription",
-                                          "REALPictureClearCache",
-                                          "RuntimeGraphicsDrawLine",
-                                          "RuntimeRaiseException",
-                                          "REALSetStringEncoding",
-                                          "REALLockString",
-                                          "REALUnlockString",
-                                          "PluginDisposeStringData",
-                                          "DrawPicture",
-                                          "UnlockPixels",
-                                          "GetGWorld",
-                                          "SetGWorld",
-                                          "DisposeRgn",
-                                          "ScrollRect",
-                                          "CFRelease",
-                                          "free"};
-
-/// The name of the n-th call that can fail.
-std::string failedCall(const std::vector<std::string>& log, int n)
+/// Whether the look-up of a function failed, which some of the calls of `before` then went without.
+bool wasNotFound(const TestHost& host, const std::string& function, const std::string& before,
+                 const std::string& failed)
 {
-    for (const std::string& call : log)
-    {
-        const std::string name = call.substr(0, call.find('('));
-        if (!withoutResult.contains(name) && --n == 0)
-            return name;
-    }
-    return "";
-}
-
-int countCalls(const std::vector<std::string>& log, const std::string& name)
-{
-    return static_cast<int>(std::count_if(
-        log.begin(), log.end(), [&](const std::string& call) { return call.starts_with(name + "("); }));
-}
-
-/// Whether the n-th call was to find a function that some of the calls of `before` then went without.
-bool wasNotFound(const std::string& function, const std::string& before, const std::vector<std::string>& log,
-                 int n)
-{
-    return n > 0 && failedCall(log, n) == "CFBundleGetFunctionPointerForName" &&
-           countCalls(log, function) < countCalls(log, before);
+    return failed == "CFBundleGetFunctionPointerForName" && host.callsOf(function) < host.callsOf(before);
 }
 
 /// Runs the job with the n-th call failing; 0: none.
 Run runOnce(const HostSetup& setup, const std::vector<TortureSource>& sources, const TortureJob& job,
-            const TortureRules& rules, int n)
+            const TortureRules& rules, int n, SourceLine line)
 {
     Run run;
-    TestHost host{setup};
+    TestHost host{setup, line};
     std::vector<standin::Picture> pictures;
     std::vector<std::vector<std::uint8_t>> before;
     for (const TortureSource& source : sources)
@@ -120,12 +79,11 @@ Run runOnce(const HostSetup& setup, const std::vector<TortureSource>& sources, c
     if (n > 0)
         host.faults().failAnyCall(n);
     run.result = job(host, pictures);
-    run.failures = host.faults().failures();
-    run.log = host.callLog();
+    run.failed = host.faults().lastFailure();
     host.faults().clear();
 
-    run.pixelsCannotBeUnlocked = wasNotFound("UnlockPixels", "LockPixels", run.log, n);
-    run.rowsAreUnknown = wasNotFound("GetPixRowBytes", "GetPixBaseAddr", run.log, n);
+    run.pixelsCannotBeUnlocked = wasNotFound(host, "UnlockPixels", "LockPixels", run.failed);
+    run.rowsAreUnknown = wasNotFound(host, "GetPixRowBytes", "GetPixBaseAddr", run.failed);
     if (run.pixelsCannotBeUnlocked)
         host.ignoreLedger();
     else
@@ -145,36 +103,61 @@ Run runOnce(const HostSetup& setup, const std::vector<TortureSource>& sources, c
 } // namespace
 
 void torture(const HostSetup& setup, const std::vector<TortureSource>& sources, const TortureJob& job,
-             const TortureRules& rules)
+             const TortureRules& rules, SourceLine line)
 {
-    HostSetup logged = setup;
-    logged.options.logCalls = true;
+    const HostSetup logged = setup.logged();
     std::set<std::string> spoilers = spoilersOfTheEditor;
     spoilers.insert(rules.alsoSpoil.begin(), rules.alsoSpoil.end());
 
     // Every run loads the plug-in anew, which takes long under the sanitizers.
     constexpr int step = sanitized ? 3 : 1;
 
-    const Run faultless = runOnce(logged, sources, job, rules, 0);
+    const Run faultless = runOnce(logged, sources, job, rules, 0, line);
     for (int n = 1; n <= mostCalls; n += step)
     {
-        SCOPED_TRACE(setup.name + ", call " + std::to_string(n) + " fails");
-        const Run run = runOnce(logged, sources, job, rules, n);
-        if (run.failures == 0)
+        const testing::ScopedTrace trace = line.trace(setup.name + ", call " + std::to_string(n) + " fails");
+        const Run run = runOnce(logged, sources, job, rules, n, line);
+        if (run.failed.empty())
         {
             EXPECT_GT(n, 1) << "the job makes no call that can fail";
             EXPECT_TRUE(isSame(run, faultless)) << "no call failed, and yet the result is another one";
             return;
         }
-        const std::string failed = failedCall(run.log, n);
-        const bool spoiled = (spoilers.contains(failed) || run.rowsAreUnknown) && isSameSize(run, faultless);
+        const bool spoiled =
+            (spoilers.contains(run.failed) || run.rowsAreUnknown) && isSameSize(run, faultless);
         EXPECT_TRUE(isClean(run, rules.cleanResult) || isSame(run, faultless) || spoiled)
-            << failed << " failed, and the result is neither the clean nor the full one, but "
+            << run.failed << " failed, and the result is neither the clean nor the full one, but "
             << (run.picture ? "another picture" : run.result.describe());
-        if (testing::Test::HasFailure())
-            return;
+        ASSERT_FALSE(testing::Test::HasFailure()) << run.failed << " failed";
     }
     ADD_FAILURE() << setup.name << ": still failing after " << mostCalls << " calls";
+}
+
+void torture(const std::vector<HostSetup>& setups, const std::vector<reference::Picture>& pictures,
+             const TortureJob& job, const TortureRules& rules, SourceLine line)
+{
+    for (const HostSetup& setup : setups)
+    {
+        const std::vector<standin::Storage> storages = sourceStorages(setup);
+        const auto sourcesFrom = [&](std::size_t first) {
+            std::vector<TortureSource> sources;
+            for (std::size_t i = 0; i < pictures.size(); ++i)
+                sources.push_back({pictures[i], storages[(first + i) % storages.size()]});
+            return sources;
+        };
+        // One round under the sanitizers: the one in which the last picture is locked in another way, or
+        // drawn.
+        const std::size_t rounds = pictures.empty() ? 1 : storages.size();
+        const std::size_t first = sanitized && pictures.size() > 1 ? 1 : 0;
+        for (std::size_t round = first; round < (sanitized ? first + 1 : rounds); ++round)
+            torture(setup, sourcesFrom(round), job, rules, line);
+    }
+}
+
+void torture(standin::Artefact artefact, const std::vector<reference::Picture>& pictures,
+             const TortureJob& job, const TortureRules& rules, SourceLine line)
+{
+    torture(hostSetups(artefact), pictures, job, rules, line);
 }
 
 TortureJob methodJob(const std::string& method, const standin::Arguments& arguments)
@@ -185,20 +168,13 @@ TortureJob methodJob(const std::string& method, const standin::Arguments& argume
 }
 
 void tortureMethod(standin::Artefact artefact, const std::string& method, const standin::Arguments& arguments,
-                   const TortureRules& rules)
+                   const TortureRules& rules, SourceLine line)
 {
-    Random random{7};
-    const reference::Picture picture = randomPicture(random, 9, 3, Palette::Few);
-    for (const HostSetup& setup : hostSetups(artefact))
-    {
-        std::vector<standin::Storage> storages;
-        {
-            const TestHost host{setup};
-            storages = sourceStorages(host);
-        }
-        if (sanitized)
-            storages.resize(1);
-        for (const standin::Storage storage : storages)
-            torture(setup, {{picture, storage}}, methodJob(method, arguments), rules);
-    }
+    torture(artefact, {pictureToTorture(7, Palette::Few)}, methodJob(method, arguments), rules, line);
+}
+
+reference::Picture pictureToTorture(std::uint32_t seed, Palette palette)
+{
+    Random random{seed};
+    return randomPicture(random, 9, 3, palette);
 }

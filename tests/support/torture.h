@@ -4,7 +4,7 @@
 
 #include "host/host.h"
 #include "tests/reference/picture.h"
-#include "tests/support/test_host.h"
+#include "tests/support/pictures.h"
 
 #include <functional>
 #include <string>
@@ -36,11 +36,23 @@ struct TortureRules
 /// without failures. Failures that the plug-in is to survive with other pixels (no row bytes, a copy that
 /// cannot be drawn) may only change the pixels.
 void torture(const HostSetup& setup, const std::vector<TortureSource>& sources, const TortureJob& job,
-             const TortureRules& rules = {});
+             const TortureRules& rules = {}, SourceLine line = SourceLine::here());
+
+/// The same on several hosts, with the sources in all the storages that they can have there: each picture in
+/// the storage behind that of the picture before it, so that locked and drawn ones meet.
+void torture(const std::vector<HostSetup>& setups, const std::vector<reference::Picture>& pictures,
+             const TortureJob& job, const TortureRules& rules = {}, SourceLine line = SourceLine::here());
+/// The same on the four hosts.
+void torture(standin::Artefact artefact, const std::vector<reference::Picture>& pictures,
+             const TortureJob& job, const TortureRules& rules = {}, SourceLine line = SourceLine::here());
 
 /// The usual job: a method of the first source, with the arguments given.
 TortureJob methodJob(const std::string& method, const standin::Arguments& arguments = {});
 
-/// Tortures `method` on small pictures on all four hosts and in all storages that a source can have there.
+/// The usual job on the usual picture.
 void tortureMethod(standin::Artefact artefact, const std::string& method,
-                   const standin::Arguments& arguments = {}, const TortureRules& rules = {});
+                   const standin::Arguments& arguments = {}, const TortureRules& rules = {},
+                   SourceLine line = SourceLine::here());
+
+/// A small picture with a pixel behind the last whole vector.
+reference::Picture pictureToTorture(std::uint32_t seed = 7, Palette palette = Palette::Noise);
