@@ -1,12 +1,12 @@
 // What the two artefacts look like from outside: what they export, what they ask of the system, and that the
 // bundle has nothing which its linker cannot relocate.
+#include "tests/support/artefact_file.h"
+
 #include <gtest/gtest.h>
 #include <rapidxml/rapidxml.hpp>
 #include <rapidxml/rapidxml_utils.hpp>
 
-#include <cstdio>
 #include <map>
-#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -21,7 +21,7 @@ using Names = std::set<std::string>;
 using Row = std::vector<std::string>;
 
 const std::string bundle = build::bundle;
-const std::string bundleBinary = bundle + "/Contents/MacOS/PictureQVR";
+const std::string bundleBinary = binaryOf(standin::Artefact::MacBundle);
 const std::string sharedObject = build::sharedObject;
 
 const Names systemFunctions{
@@ -41,15 +41,11 @@ const Names systemFunctions{
     "__CFConstantStringClassReference",
 };
 
-/// What a command prints, as rows of blank-separated words. A command that fails fails the test.
+/// What a command prints, as rows of blank-separated words.
 std::vector<Row> wordsOf(const std::string& command)
 {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe{popen(command.c_str(), "r"), pclose};
-    if (pipe == nullptr)
-        throw std::runtime_error("cannot run: " + command);
     std::vector<Row> rows;
-    char line[4096];
-    while (std::fgets(line, sizeof line, pipe.get()) != nullptr)
+    for (const std::string& line : linesOf(command))
     {
         std::istringstream words{line};
         rows.emplace_back();
