@@ -2,7 +2,7 @@
 /// Channels as real numbers, lane by lane, and their conversion back to integers.
 #pragma once
 
-#include "editor/pixels.h"
+#include "editor/lanes.h"
 
 namespace qvr
 {

@@ -6,6 +6,7 @@
 /// stores the formula's own bytes, and costs a third of it. No table is built; a line that fails is not used.
 #pragma once
 
+#include "editor/arithmetic.h"
 #include "editor/real_lanes.h"
 
 namespace qvr::brightnessContrast
