@@ -67,9 +67,12 @@ TEST_P(Saturation, EqualsTheReferenceForManyAmounts)
         const standin::Picture photo = upload(host, content);
         for (int amount = -520; amount <= 520; amount += 7)
             expectCall(saturation(content, amount), host, photo, "ChangeSaturationQVR", {amount});
+        // Factors up to 65536 are multiplied in another way than the others.
+        for (const int factor : {65536, 65537, -65536, -65537})
+            expectCall(saturation(content, factor - 255), host, photo, "ChangeSaturationQVR", {factor - 255});
         for (int i = 0; i < 100; ++i)
         {
-            const int amount = random.between(least, most);
+            const int amount = i % 2 == 0 ? random.between(least, most) : random.between(-66000, 66000);
             expectCall(saturation(content, amount), host, photo, "ChangeSaturationQVR", {amount});
         }
     });

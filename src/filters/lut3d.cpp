@@ -17,6 +17,9 @@ constexpr int32_t blueStride = nodeBytes;
 constexpr int32_t greenStride = blueStride * cubeNodes;
 constexpr int32_t redStride = greenStride * cubeNodes;
 
+/// The node of level 255.
+constexpr int32_t lastNode = 255 / nodeStep;
+
 /// What one fraction has more than another, `a / 17.0 - b / 17.0`, by their numerators. The numerator 17 is 1
 /// exactly, so every weight of a tetrahedron's corner is such a difference.
 struct WeightTable
@@ -97,6 +100,13 @@ private:
     static constexpr int32_t rankShift = 16;
     static constexpr int32_t strideMask = 0xFFFF;
 
+    static_assert(redStride <= strideMask && 3 << rankShift < 1 << restShift &&
+                      nodeStep <= INT32_MAX >> restShift,
+                  "stride, rank and fraction stand side by side in an axis");
+    static_assert(lastNode * (redStride + greenStride + blueStride) + sizeof(Node) <=
+                      sizeof(Lut3DClassData::cube),
+                  "the load of the last node stays inside the cube");
+
     /// `level / 17` for levels up to 255.
     static Integers lowerNode(Integers level)
     {
@@ -120,7 +130,6 @@ private:
         __builtin_memcpy(&weight,
                          reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane),
                          sizeof weight);
-        // The load reaches one double past the node, which is inside the cube for every node in use.
         Node node;
         __builtin_memcpy(&node, cube + laneOf(corners[corner], lane), sizeof node);
         return node * Node{weight, weight, weight, weight};
