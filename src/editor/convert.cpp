@@ -11,35 +11,17 @@ typedef uint8_t Bytes16 __attribute__((vector_size(16)));
 
 uint32_t loadWord(const uint8_t* address)
 {
-    uint32_t word = 0;
-    __builtin_memcpy(&word, address, 4);
-    return word;
+    return loadFrom<uint32_t>(address);
 }
 
 /// Around the cache when `Streamed`; the address must be aligned then.
-template <bool Streamed>
-QVR_INLINE inline void storeWord(uint8_t* address, uint32_t word)
+template <bool Streamed, class Value>
+QVR_INLINE inline void store(uint8_t* address, Value value)
 {
     if constexpr (Streamed)
-        __builtin_nontemporal_store(word, reinterpret_cast<uint32_t*>(address));
+        streamTo(address, value);
     else
-        __builtin_memcpy(address, &word, sizeof word);
-}
-
-QVR_INLINE inline Bytes16 loadBytes(const uint8_t* address)
-{
-    Bytes16 bytes;
-    __builtin_memcpy(&bytes, address, sizeof bytes);
-    return bytes;
-}
-
-template <bool Streamed>
-QVR_INLINE inline void storeBytes(uint8_t* address, Bytes16 bytes)
-{
-    if constexpr (Streamed)
-        __builtin_nontemporal_store(bytes, reinterpret_cast<Bytes16*>(address));
-    else
-        __builtin_memcpy(address, &bytes, sizeof bytes);
+        storeAt(address, value);
 }
 
 /// Whether a format has the colour's bytes in the order red, green, blue.
@@ -52,14 +34,14 @@ void reverseToArgb(const uint8_t* source, uint8_t* destination, int32_t count)
     for (int32_t i = 0; i < count; ++i)
     {
         const uint32_t word = loadWord(source + i * 4);
-        storeWord<false>(destination + i * 4, (__builtin_bswap32(word) & ARGB32::colourMask) |
-                                                  BGRX32::alphaOf(word >> BGRX32::spareShift));
+        storeAt(destination + i * 4,
+                (__builtin_bswap32(word) & ARGB32::colourMask) | BGRX32::alphaOf(word >> BGRX32::spareShift));
     }
 }
 void reverseFromArgb(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
-        storeWord<false>(destination + i * 4, BGRX32::fromArgb(loadWord(source + i * 4)));
+        storeAt(destination + i * 4, BGRX32::fromArgb(loadWord(source + i * 4)));
 }
 
 /// From the 3-byte format, four pixels from three words at a time.
@@ -72,18 +54,17 @@ void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t first = loadWord(source);
         const uint32_t second = loadWord(source + 4);
         const uint32_t third = loadWord(source + 8);
-        storeWord<Streamed>(destination, Format::fromArgb(first << 8 | ARGB32::spare));
-        storeWord<Streamed>(destination + 4,
-                            Format::fromArgb((first >> 16 & 0xFF00U) | second << 16 | ARGB32::spare));
-        storeWord<Streamed>(destination + 8,
-                            Format::fromArgb((second >> 8 & 0xFFFF00U) | third << 24 | ARGB32::spare));
-        storeWord<Streamed>(destination + 12, Format::fromArgb((third & 0xFFFFFF00U) | ARGB32::spare));
+        store<Streamed>(destination, Format::fromArgb(first << 8 | ARGB32::spare));
+        store<Streamed>(destination + 4,
+                        Format::fromArgb((first >> 16 & 0xFF00U) | second << 16 | ARGB32::spare));
+        store<Streamed>(destination + 8,
+                        Format::fromArgb((second >> 8 & 0xFFFF00U) | third << 24 | ARGB32::spare));
+        store<Streamed>(destination + 12, Format::fromArgb((third & 0xFFFFFF00U) | ARGB32::spare));
     }
     for (; i < count; ++i, source += 3, destination += 4)
-        storeWord<Streamed>(destination,
-                            Format::fromArgb(ARGB32::spare | static_cast<uint32_t>(source[0]) << 8 |
-                                             static_cast<uint32_t>(source[1]) << 16 |
-                                             static_cast<uint32_t>(source[2]) << 24));
+        store<Streamed>(destination, Format::fromArgb(ARGB32::spare | static_cast<uint32_t>(source[0]) << 8 |
+                                                      static_cast<uint32_t>(source[1]) << 16 |
+                                                      static_cast<uint32_t>(source[2]) << 24));
 }
 
 /// To the 3-byte format, three words from four pixels at a time.
@@ -97,9 +78,9 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
         const uint32_t second = Format::toArgb(loadWord(source + 4));
         const uint32_t third = Format::toArgb(loadWord(source + 8));
         const uint32_t fourth = Format::toArgb(loadWord(source + 12));
-        storeWord<Streamed>(destination, first >> 8 | (second & 0xFF00U) << 16);
-        storeWord<Streamed>(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
-        storeWord<Streamed>(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
+        store<Streamed>(destination, first >> 8 | (second & 0xFF00U) << 16);
+        store<Streamed>(destination + 4, second >> 16 | (third & 0xFFFF00U) << 8);
+        store<Streamed>(destination + 8, third >> 24 | (fourth & 0xFFFFFF00U));
     }
     for (; i < count; ++i, source += 4, destination += 3)
     {
@@ -119,13 +100,13 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
     int32_t i = 0;
     for (; i + 6 <= count; i += 4, source += 12, destination += 16)
     {
-        const Bytes16 packed = loadBytes(source);
+        const Bytes16 packed = loadFrom<Bytes16>(source);
         if constexpr (redFirst<Format>)
-            storeBytes<Streamed>(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5,
-                                                                      16, 6, 7, 8, 16, 9, 10, 11));
+            store<Streamed>(destination, __builtin_shufflevector(packed, spare, 16, 0, 1, 2, 16, 3, 4, 5, 16,
+                                                                 6, 7, 8, 16, 9, 10, 11));
         else
-            storeBytes<Streamed>(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16,
-                                                                      8, 7, 6, 16, 11, 10, 9, 16));
+            store<Streamed>(destination, __builtin_shufflevector(packed, spare, 2, 1, 0, 16, 5, 4, 3, 16, 8,
+                                                                 7, 6, 16, 11, 10, 9, 16));
     }
     expandNarrow<Format, Streamed>(source, destination, count - i);
 }
@@ -134,7 +115,7 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
 template <class Format>
 QVR_INLINE inline Bytes16 packedColours(const uint8_t* source)
 {
-    const Bytes16 pixels = loadBytes(source);
+    const Bytes16 pixels = loadFrom<Bytes16>(source);
     if constexpr (redFirst<Format>)
         return __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1,
                                        -1);
@@ -154,13 +135,12 @@ QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, in
         const Bytes16 second = packedColours<Format>(source + 16);
         const Bytes16 third = packedColours<Format>(source + 32);
         const Bytes16 fourth = packedColours<Format>(source + 48);
-        storeBytes<Streamed>(destination, __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
-                                                                  10, 11, 16, 17, 18, 19));
-        storeBytes<Streamed>(destination + 16, __builtin_shufflevector(second, third, 4, 5, 6, 7, 8, 9, 10,
-                                                                       11, 16, 17, 18, 19, 20, 21, 22, 23));
-        storeBytes<Streamed>(destination + 32,
-                             __builtin_shufflevector(third, fourth, 8, 9, 10, 11, 16, 17, 18, 19, 20, 21, 22,
-                                                     23, 24, 25, 26, 27));
+        store<Streamed>(destination, __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10,
+                                                             11, 16, 17, 18, 19));
+        store<Streamed>(destination + 16, __builtin_shufflevector(second, third, 4, 5, 6, 7, 8, 9, 10, 11, 16,
+                                                                  17, 18, 19, 20, 21, 22, 23));
+        store<Streamed>(destination + 32, __builtin_shufflevector(third, fourth, 8, 9, 10, 11, 16, 17, 18, 19,
+                                                                  20, 21, 22, 23, 24, 25, 26, 27));
     }
     compactNarrow<Format, Streamed>(source, destination, count - i);
 }

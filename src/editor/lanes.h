@@ -30,6 +30,28 @@ struct Lanes
 template <class Vector>
 using LanesOf = Lanes<sizeof(Vector) / sizeof(Vector{}[0])>;
 
+/// A number or a vector from an address that need not be aligned, and back.
+template <class Value>
+QVR_INLINE inline Value loadFrom(const void* address)
+{
+    Value value;
+    __builtin_memcpy(&value, address, sizeof value);
+    return value;
+}
+template <class Value>
+QVR_INLINE inline void storeAt(void* address, Value value)
+{
+    __builtin_memcpy(address, &value, sizeof value);
+}
+
+/// Stores around the cache, to an address that is aligned.
+template <class Value>
+QVR_INLINE inline void streamTo(void* address, Value value)
+{
+    typedef Value AlignedValue __attribute__((aligned(sizeof(Value))));
+    __builtin_nontemporal_store(value, static_cast<AlignedValue*>(address));
+}
+
 /// Integers as words, whose sums and products wrap, and back.
 template <class Integers>
 QVR_INLINE inline auto asWords(Integers integers)

@@ -23,9 +23,7 @@ struct RunLoop
 
     QVR_INLINE static PixelVector load(const uint8_t* address)
     {
-        PixelVector pixels;
-        __builtin_memcpy(&pixels.words, address, bytes);
-        return pixels;
+        return {loadFrom<Words>(address)};
     }
 
     /// Fewer pixels than there are lanes; the first one fills the lanes beyond.
@@ -37,20 +35,10 @@ struct RunLoop
         return load(reinterpret_cast<const uint8_t*>(lanes));
     }
 
-    /// Stores around the cache, to an aligned address.
-    QVR_INLINE static void stream(uint8_t* address, Words words)
-    {
-        typedef Words AlignedWords __attribute__((aligned(bytes)));
-        __builtin_nontemporal_store(words, reinterpret_cast<AlignedWords*>(address));
-    }
-
     QVR_INLINE static void storeSome(uint8_t* address, Words words, int32_t count)
     {
         for (int32_t i = 0; i < count; ++i)
-        {
-            const uint32_t word = words[i];
-            __builtin_memcpy(address + i * 4, &word, 4);
-        }
+            storeAt<uint32_t>(address + i * 4, words[i]);
     }
 
     /// -1 in the first `count` lanes.
@@ -75,11 +63,6 @@ struct RunLoop
             return static_cast<uint32_t>(__builtin_ia32_movmskps(reinterpret_cast<Quarter>(low)) |
                                          __builtin_ia32_movmskps(reinterpret_cast<Quarter>(high)) << 4);
         }
-    }
-
-    QVR_INLINE static bool any(Integers mask)
-    {
-        return bitsOf(mask) != 0;
     }
 };
 
@@ -132,58 +115,16 @@ struct MapRun
         {
             if (index == streamed.begin)
                 for (; index < streamed.end; index += Lane::count)
-                    Loop::stream(run.destination + index * 4, wordsAt(index));
+                    streamTo(run.destination + index * 4, wordsAt(index));
             const int32_t end = index < streamed.begin ? streamed.begin : run.count;
             for (; index + Lane::count <= end; index += Lane::count)
-            {
-                const auto words = wordsAt(index);
-                __builtin_memcpy(run.destination + index * 4, &words, Loop::bytes);
-            }
+                storeAt(run.destination + index * 4, wordsAt(index));
             if (index < end)
             {
                 mapSome(index, end - index);
                 index = end;
             }
         }
-        return true;
-    }
-};
-
-/// Goes on while every pixel passes.
-template <class Formula>
-struct TestRun
-{
-    const Formula& passes;
-
-    template <class Format, class Lane>
-    QVR_INLINE bool visit(const Run& run) const
-    {
-        using Loop = RunLoop<Format, Lane>;
-        // Looking at the outcome costs more than a test, so it is looked at once for several vectors.
-        constexpr int32_t testedTogether = 4 * Lane::count;
-
-        const uint8_t* pixels = run.sources[0];
-        const auto passAt = [&](int32_t index)
-                                QVR_INLINE { return !Loop::any(~passes(Loop::load(pixels + index * 4))); };
-        if (run.count < Lane::count)
-            return !Loop::any(~passes(Loop::loadSome(pixels, run.count)));
-        // Loads that cross cache lines cost twice, so all but the first and the last are aligned; looking at
-        // a pixel again changes nothing.
-        if (!passAt(0) || !passAt(run.count - Lane::count))
-            return false;
-        int32_t index =
-            (Loop::bytes - static_cast<int32_t>(reinterpret_cast<uintptr_t>(pixels) % Loop::bytes)) / 4;
-        for (; index + testedTogether <= run.count; index += testedTogether)
-        {
-            typename Loop::Integers failed{};
-            for (int32_t i = 0; i < testedTogether; i += Lane::count)
-                failed |= ~passes(Loop::load(pixels + (index + i) * 4));
-            if (Loop::any(failed))
-                return false;
-        }
-        for (; index + Lane::count <= run.count; index += Lane::count)
-            if (!passAt(index))
-                return false;
         return true;
     }
 };
@@ -252,7 +193,7 @@ struct MarkRun
     }
 };
 
-/// Looks for the first pixel that passes.
+/// Looks for the first pixel that passes, and ends the walk there.
 template <class Formula>
 struct FindRun
 {
@@ -263,39 +204,42 @@ struct FindRun
     QVR_INLINE bool visit(const Run& run) const
     {
         using Loop = RunLoop<Format, Lane>;
-        // As in TestRun.
+        // Looking at the outcome costs more than a test, so it is looked at once for several vectors.
         constexpr int32_t testedTogether = 4 * Lane::count;
 
         const uint8_t* pixels = run.sources[0];
-        int32_t index = 0;
+        const auto foundIn = [&](typename Loop::Integers passed, int32_t index) QVR_INLINE {
+            const uint32_t bits = Loop::bitsOf(passed);
+            if (bits != 0)
+                foundColumn = run.column + index + __builtin_ctz(bits);
+            return bits != 0;
+        };
+        const auto foundAt = [&](int32_t index) QVR_INLINE {
+            return foundIn(passes(Loop::load(pixels + index * 4)), index);
+        };
+        if (run.count < Lane::count)
+            return !foundIn(passes(Loop::loadSome(pixels, run.count)) & Loop::firstLanes(run.count), 0);
+
+        // Loads that cross cache lines cost twice, so all but the first and the last are aligned; looking at
+        // a pixel again changes nothing.
+        if (foundAt(0))
+            return false;
+        int32_t index =
+            (Loop::bytes - static_cast<int32_t>(reinterpret_cast<uintptr_t>(pixels) % Loop::bytes)) / 4;
         for (; index + testedTogether <= run.count; index += testedTogether)
         {
             typename Loop::Integers found{};
             for (int32_t i = 0; i < testedTogether; i += Lane::count)
                 found |= passes(Loop::load(pixels + (index + i) * 4));
-            if (Loop::any(found))
+            if (Loop::bitsOf(found) != 0)
                 break;
         }
-        for (; index < run.count; index += Lane::count)
-        {
-            const int32_t count = minimum(Lane::count, run.count - index);
-            const uint32_t found =
-                Loop::bitsOf(passes(Loop::loadSome(pixels + index * 4, count)) & Loop::firstLanes(count));
-            if (found == 0)
-                continue;
-            foundColumn = run.column + index + __builtin_ctz(found);
-            return false;
-        }
-        return true;
+        for (; index + Lane::count <= run.count; index += Lane::count)
+            if (foundAt(index))
+                return false;
+        return !foundAt(run.count - Lane::count);
     }
 };
-
-inline uint32_t loadWord(const uint8_t* address)
-{
-    uint32_t word = 0;
-    __builtin_memcpy(&word, address, sizeof word);
-    return word;
-}
 
 /// Stores the function's value of every word.
 template <class Function>
@@ -309,18 +253,14 @@ struct MapWordsRun
         // A copy of its own, as in MapRun.
         const Run run = sharedRun;
         const auto wordAt = [&](int32_t index) {
-            return Format::fromArgb(mapped(Format::toArgb(loadWord(run.sources[0] + index * 4))));
+            return Format::fromArgb(mapped(Format::toArgb(loadFrom<uint32_t>(run.sources[0] + index * 4))));
         };
         if (run.streamed && reinterpret_cast<uintptr_t>(run.destination) % 4 == 0)
             for (int32_t index = 0; index < run.count; ++index)
-                __builtin_nontemporal_store(wordAt(index),
-                                            reinterpret_cast<uint32_t*>(run.destination) + index);
+                streamTo(run.destination + index * 4, wordAt(index));
         else
             for (int32_t index = 0; index < run.count; ++index)
-            {
-                const uint32_t word = wordAt(index);
-                __builtin_memcpy(run.destination + index * 4, &word, sizeof word);
-            }
+                storeAt(run.destination + index * 4, wordAt(index));
         return true;
     }
 };
@@ -347,7 +287,7 @@ struct WordsRun
         {
             const int32_t count = minimum(bufferedWords, run.count - done);
             for (int32_t i = 0; i < count; ++i)
-                words[i] = Format::toArgb(loadWord(pixels + (done + i) * 4));
+                words[i] = Format::toArgb(loadFrom<uint32_t>(pixels + (done + i) * 4));
             function(words, count, run.row, run.column + done);
         }
         return true;
@@ -408,8 +348,10 @@ void drawPicture(const PictureWriter& writer, int32_t columns, int32_t rows, con
 template <class Formula>
 bool allPixels(const PictureReader& reader, const Block& block, const Formula& passes)
 {
+    int32_t column = 0;
     const PictureEditor* const source = &reader;
-    const detail::TestRun<Formula> visitor{passes};
+    const auto fails = [&passes](auto pixels) { return ~passes(pixels); };
+    const detail::FindRun<decltype(fails)> visitor{fails, column};
     return visitRuns(detail::runVisitor(visitor), block, &source, 1, nullptr);
 }
 

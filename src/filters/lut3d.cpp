@@ -126,21 +126,15 @@ private:
 
     Node weighted(const uint8_t* cube, int32_t lane, int32_t corner) const
     {
-        double weight = 0;
-        __builtin_memcpy(&weight,
-                         reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane),
-                         sizeof weight);
-        Node node;
-        __builtin_memcpy(&node, cube + laneOf(corners[corner], lane), sizeof node);
-        return node * Node{weight, weight, weight, weight};
+        const auto weight =
+            loadFrom<double>(reinterpret_cast<const uint8_t*>(&weightTable) + laneOf(weights[corner], lane));
+        return loadFrom<Node>(cube + laneOf(corners[corner], lane)) * Node{weight, weight, weight, weight};
     }
 
     /// Through memory, which is faster than taking lanes out of registers one by one.
     static int32_t laneOf(const Integers& integers, int32_t lane)
     {
-        int32_t value = 0;
-        __builtin_memcpy(&value, reinterpret_cast<const uint8_t*>(&integers) + lane * 4, sizeof value);
-        return value;
+        return loadFrom<int32_t>(reinterpret_cast<const uint8_t*>(&integers) + lane * 4);
     }
 
     static uint32_t bytesOf(Node sum)
@@ -177,8 +171,7 @@ signed char Run(REALobjectStruct* self)
         uint32_t levels[decltype(pixels)::count];
         for (int32_t lane = 0; lane < pixels.count; ++lane)
             levels[lane] = tetrahedra.levels(cube, lane);
-        decltype(pixels.red()) packed;
-        __builtin_memcpy(&packed, levels, sizeof packed);
+        const auto packed = loadFrom<decltype(pixels.red())>(levels);
         return Channels{packed & 255, packed >> 8 & 255, packed >> 16 & 255};
     });
     return data.filter.DestinationPicture != nullptr ? 1 : 0;

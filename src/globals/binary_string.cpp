@@ -25,15 +25,12 @@ constexpr int32_t readHeaderBytes = 24;
 
 void storeBigEndian(uint8_t* address, uint32_t value)
 {
-    const uint32_t bytes = __builtin_bswap32(value);
-    __builtin_memcpy(address, &bytes, sizeof bytes);
+    storeAt(address, __builtin_bswap32(value));
 }
 
 uint32_t loadBigEndian(const uint8_t* address)
 {
-    uint32_t bytes = 0;
-    __builtin_memcpy(&bytes, address, sizeof bytes);
-    return __builtin_bswap32(bytes);
+    return __builtin_bswap32(loadFrom<uint32_t>(address));
 }
 
 int64_t pixelBytes(int32_t width, int32_t height)

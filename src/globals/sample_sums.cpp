@@ -15,14 +15,6 @@ typedef uint32_t Sums __attribute__((vector_size(16)));
 
 constexpr int32_t vectorBytes = 16;
 
-template <class Vector>
-Vector loadVector(const uint8_t* address)
-{
-    Vector vector;
-    __builtin_memcpy(&vector, address, sizeof vector);
-    return vector;
-}
-
 /// What the processor adds up at once: all samples, and those of them that are 0 or greater with the others
 /// counted as 0. Sums of 32 bits, which wrap alike in whatever order.
 struct Totals
@@ -52,7 +44,7 @@ struct ByteSamples
     }
     static void add(const uint8_t* samples, Totals& totals)
     {
-        const Bytes levels = loadVector<Bytes>(samples) ^ Flip;
+        const Bytes levels = loadFrom<Bytes>(samples) ^ Flip;
         totals.all += sumOfBytes(levels);
         totals.raised += sumOfBytes(__builtin_elementwise_max(levels, Bytes{} + static_cast<uint8_t>(zero)));
     }
@@ -74,13 +66,11 @@ struct HalfSamples
 
     static int32_t levelAt(const uint8_t* sample)
     {
-        uint16_t half = 0;
-        __builtin_memcpy(&half, sample, sizeof half);
-        return static_cast<int16_t>(half ^ Flip);
+        return static_cast<int16_t>(loadFrom<uint16_t>(sample) ^ Flip);
     }
     static void add(const uint8_t* samples, Totals& totals)
     {
-        const Halves levels = loadVector<Halves>(samples) ^ static_cast<int16_t>(Flip);
+        const Halves levels = loadFrom<Halves>(samples) ^ static_cast<int16_t>(Flip);
         totals.all += sumOfHalves(levels);
         totals.raised += sumOfHalves(__builtin_elementwise_max(levels, Halves{}));
     }

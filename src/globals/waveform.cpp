@@ -144,10 +144,9 @@ public:
     void draw(const PictureWriter& writer, int32_t rows, uint32_t backColour, uint32_t foreColour) const
     {
         drawPicture(writer, columnCount, rows, [=, this](auto pixels, int32_t row, int32_t column) {
-            decltype(pixels.red()) firstRows;
-            decltype(firstRows) lastRows;
-            __builtin_memcpy(&firstRows, first.get() + column, sizeof firstRows);
-            __builtin_memcpy(&lastRows, last.get() + column, sizeof lastRows);
+            using Rows = decltype(pixels.red());
+            const auto firstRows = loadFrom<Rows>(first.get() + column);
+            const auto lastRows = loadFrom<Rows>(last.get() + column);
             return select((firstRows <= row) & (lastRows >= row), pixels.withColour(foreColour),
                           pixels.withColour(backColour));
         });

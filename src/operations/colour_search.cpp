@@ -60,8 +60,7 @@ void drawMask(const PictureWriter& writer, int32_t width, int32_t height, const 
             laneBits[i] = 1U << i;
         // Little-endian bytes, so that any bit can come first; the row's spare word keeps the
         // load inside.
-        uint32_t bits = 0;
-        __builtin_memcpy(&bits, bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8, sizeof bits);
+        const auto bits = loadFrom<uint32_t>(bytes + static_cast<ptrdiff_t>(row) * bytesPerRow + column / 8);
         const Words covered = (Words{} + (bits >> column % 8)) & laneBits;
         return select(covered != Words{}, pixels.withColour(0x000000), pixels.withColour(0xFFFFFF));
     });

@@ -13,13 +13,6 @@ namespace
 constexpr int32_t levels = 256;
 constexpr int32_t histogramBytes = levels * 4;
 
-uint32_t wordAt(const uint8_t* pixels, int32_t index)
-{
-    uint32_t word = 0;
-    __builtin_memcpy(&word, pixels + static_cast<ptrdiff_t>(index) * 4, 4);
-    return word;
-}
-
 /// Three histograms, each in two copies: neighbouring pixels are often alike, and two increments of one
 /// counter have to wait for each other.
 struct Histograms
@@ -39,10 +32,8 @@ struct Histograms
 void addCounters(uint8_t* block, const uint32_t (&counters)[2][levels])
 {
     for (int32_t level = 0; level < levels; ++level)
-    {
-        const uint32_t sum = wordAt(block, level) + counters[0][level] + counters[1][level];
-        __builtin_memcpy(block + static_cast<ptrdiff_t>(level) * 4, &sum, 4);
-    }
+        storeAt(block + level * 4,
+                loadFrom<uint32_t>(block + level * 4) + counters[0][level] + counters[1][level]);
 }
 
 /// The block's data if it has at least `size` bytes, else null.

@@ -12,10 +12,10 @@ signed char PictureHasMask(REALpictureStruct* picture);
 
 /// A new opaque grey picture of the pixels' alpha values; `swap` gives 255 minus the value.
 ///
-/// The 3-byte format has no alpha and gives 255. In `PixelFormatBGRX32` the low seven bits of the spare byte x
-/// are widened, `(2x & 254) | (x & 1)`, so 127 gives 255 and, deliberately, 128 gives 0. One reference is the
-/// caller's; null when the picture cannot be opened, when a side is not 1 to 32767, or when the host cannot
-/// make the result.
+/// The 3-byte format has no alpha and gives 255. In `PixelFormatBGRX32` the low seven bits of the spare byte
+/// x are widened, `(2x & 254) | (x & 1)`, so 127 gives 255 and, deliberately, 128 gives 0. One reference is
+/// the caller's; null when the picture cannot be opened, when a side is not 1 to 32767, or when the host
+/// cannot make the result.
 REALpictureStruct* GetEmbededMask(REALpictureStruct* picture, signed char swap);
 
 /// Stores the mask's red channel (`swap`: 255 minus it) in byte 0 of every pixel, whatever the pixel format.
