@@ -2,8 +2,6 @@
 
 #include "tests/support/operation_checks.h"
 
-#include <limits>
-
 namespace
 {
 
@@ -12,8 +10,6 @@ using reference::Pixel;
 using reference::Rectangle;
 using standin::Arguments;
 
-constexpr int most = std::numeric_limits<int>::max();
-constexpr int least = std::numeric_limits<int>::min();
 constexpr Pixel grey{90, 90, 90};
 constexpr Pixel colored{90, 91, 90};
 constexpr Pixel black{0, 0, 0};

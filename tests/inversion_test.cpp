@@ -2,8 +2,6 @@
 
 #include "tests/support/operation_checks.h"
 
-#include <limits>
-
 namespace
 {
 
@@ -68,8 +66,6 @@ TEST_P(Inversion, SizesOfZeroMeanEverythingOrNothing)
 
 TEST_P(Inversion, RectanglesAreCutAtTheEdges)
 {
-    constexpr int most = std::numeric_limits<int>::max();
-    constexpr int least = std::numeric_limits<int>::min();
     Random random{31};
     const Picture content = randomPicture(random, 11, 5, Palette::Greys);
     forEachHost(artefact(), [&](TestHost& host) {

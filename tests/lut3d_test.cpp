@@ -357,23 +357,11 @@ TEST_P(Lut3D, DestinationCanBecomeTheSource)
 TEST_P(Lut3D, CloseReleasesBothPicturesAndKeepsTheCube)
 {
     forEachHost(artefact(), [](TestHost& host) {
-        Instance filter = filterOf(host, reference::identityCube(), {1, 2, 3, 4});
-        const Picture source = host.newPicture(9, 9);
-        const Picture result = runFilter(filter, source);
-        for (int times = 0; times < 3; ++times)
-        {
-            filter.call("Close");
-            EXPECT_TRUE(filter.get("SourcePicture").picture().isNil());
-            EXPECT_TRUE(filter.get("DestinationPicture").picture().isNil());
-            EXPECT_EQ(source.referenceCount(), 1);
-            EXPECT_EQ(result.referenceCount(), 1);
-        }
-        EXPECT_EQ(filter.get("MaxY").integer(), 4);
-        EXPECT_EQ(table(filter, 2, 3, 4, 1).number(), 51.0);
-        EXPECT_FALSE(runFilter(filter, source).isNil()) << "it works again after closing";
-        filter = Instance();
-        host.expectBalanced("after the instance");
-        EXPECT_EQ(source.referenceCount(), 1);
+        expectCloseReleasesPictures(host, filterOf(host, reference::identityCube(), {1, 2, 3, 4}),
+                                    [](Instance& filter) {
+                                        EXPECT_EQ(filter.get("MaxY").integer(), 4);
+                                        EXPECT_EQ(table(filter, 2, 3, 4, 1).number(), 51.0);
+                                    });
     });
 }
 

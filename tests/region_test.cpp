@@ -3,7 +3,6 @@
 #include "tests/support/operation_checks.h"
 
 #include <cmath>
-#include <limits>
 
 namespace
 {
@@ -12,9 +11,6 @@ using reference::Picture;
 using reference::Pixel;
 using reference::Rectangle;
 using standin::Arguments;
-
-constexpr int most = std::numeric_limits<int>::max();
-constexpr int least = std::numeric_limits<int>::min();
 
 class Region : public ArtefactTest
 {

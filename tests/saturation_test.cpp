@@ -2,16 +2,11 @@
 
 #include "tests/support/operation_checks.h"
 
-#include <limits>
-
 namespace
 {
 
 using reference::Picture;
 using reference::Pixel;
-
-constexpr int most = std::numeric_limits<int>::max();
-constexpr int least = std::numeric_limits<int>::min();
 
 class Saturation : public ArtefactTest
 {

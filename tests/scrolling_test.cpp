@@ -1,17 +1,12 @@
 #include "tests/reference/scrolling.h"
 #include "tests/support/operation_checks.h"
 
-#include <limits>
-
 namespace
 {
 
 using standin::Picture;
 using standin::Storage;
 using standin::Value;
-
-constexpr int smallest = std::numeric_limits<int>::min();
-constexpr int largest = std::numeric_limits<int>::max();
 
 /// How the stand-in's QuickDraw shifts: a delta is reduced to 16 bits, and what is uncovered is erased to
 /// white.
@@ -118,7 +113,7 @@ TEST_P(Scrolling, RotationsEqualTheReference)
                 const int width = random.onceIn(10) ? random.between(40, 300) : random.between(1, 24);
                 const int height = random.onceIn(10) ? random.between(40, 100) : random.between(1, 24);
                 const auto delta = [&random](int size) {
-                    static const std::vector<int> extremes{smallest, smallest + 1, largest, -65536, 65537};
+                    static const std::vector<int> extremes{least, least + 1, most, -65536, 65537};
                     return random.onceIn(8) ? random.oneOf(extremes)
                                             : random.between(-2 * size - 2, 2 * size + 2);
                 };
@@ -152,8 +147,8 @@ TEST_P(Scrolling, GWorldsShift)
     Random random{50};
     const auto isGWorld = [](Storage storage) { return traitsOf(storage).access == standin::Access::GWorld; };
     for (const Storage storage : storagesThat(isGWorld))
-        for (const int delta : {1, -1, 3, -3, 8, 9, 10, -8, -12, 1000, 32767, 32768, 65536, 65536 + 2,
-                                -65536 - 2, largest, smallest})
+        for (const int delta :
+             {1, -1, 3, -3, 8, 9, 10, -8, -12, 1000, 32767, 32768, 65536, 65536 + 2, -65536 - 2, most, least})
         {
             const reference::Picture pixels = randomPicture(random, 9, 8);
             Picture picture = upload(host, pixels, storage);

@@ -178,23 +178,10 @@ TEST_P(Sepia, OldDestinationIsNotReleased)
 TEST_P(Sepia, CloseReleasesBothPicturesOnce)
 {
     forEachHost(artefact(), [](TestHost& host) {
-        Instance filter = filterOf(host, {.sepiaRed = 7});
-        const Picture source = host.newPicture(3, 3);
-        const Picture result = runFilter(filter, source);
-        for (int times = 0; times < 3; ++times)
-        {
-            filter.call("Close");
-            EXPECT_TRUE(filter.get("SourcePicture").picture().isNil());
-            EXPECT_TRUE(filter.get("DestinationPicture").picture().isNil());
-            EXPECT_EQ(source.referenceCount(), 1);
-            EXPECT_EQ(result.referenceCount(), 1);
-        }
-        EXPECT_EQ(filter.get("SepiaRed").integer(), 7);
-        EXPECT_EQ(filter.get("FactorRed").number(), 0.299);
-        EXPECT_FALSE(runFilter(filter, source).isNil()) << "it works again after closing";
-        filter = Instance();
-        host.expectBalanced("after the instance");
-        EXPECT_EQ(source.referenceCount(), 1);
+        expectCloseReleasesPictures(host, filterOf(host, {.sepiaRed = 7}), [](Instance& filter) {
+            EXPECT_EQ(filter.get("SepiaRed").integer(), 7);
+            EXPECT_EQ(filter.get("FactorRed").number(), 0.299);
+        });
     });
 }
 

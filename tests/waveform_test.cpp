@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 
 namespace
 {
@@ -15,9 +14,6 @@ using standin::Arguments;
 using standin::MemoryBlock;
 using standin::Picture;
 using standin::Value;
-
-constexpr int smallest = std::numeric_limits<int>::min();
-constexpr int largest = std::numeric_limits<int>::max();
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -171,10 +167,9 @@ TEST_P(Waveform, OtherBitsGiveNil)
     forEachHost(artefact(), [](TestHost& host) {
         const MemoryBlock block = host.newMemoryBlock(64);
         for (const int bits :
-             {0,           1,           2,      6,  9,  10, 11,  12,  13,  14,       17,           24,
-              32,          64,          -1,     -6, -7, -8, -14, -15, -16, smallest, smallest + 1, largest,
-              largest - 6, largest - 7, 256 + 8})
-            for (const int sampleCount : {0, -1, smallest, 1, 10})
+             {0,  1,  2,  6,  9,   10,  11,  12,    13,        14,   17,       24,       32,     64,
+              -1, -6, -7, -8, -14, -15, -16, least, least + 1, most, most - 6, most - 7, 256 + 8})
+            for (const int sampleCount : {0, -1, least, 1, 10})
                 EXPECT_TRUE(rendersNothing(
                     host, block, {.sampleCount = sampleCount, .width = 10, .height = 10, .bits = bits}))
                     << bits;
@@ -224,14 +219,14 @@ TEST_P(Waveform, HeightsAndWidths)
     forEachHost(artefact(), [](TestHost& host) {
         Random random{91};
         const Bytes samples = randomSamples(random, 60);
-        for (const int height : {0, -1, smallest, 1, 2, 3, 500, 32767})
+        for (const int height : {0, -1, least, 1, 2, 3, 500, 32767})
             expectWaveform(host, samples, {.width = 3, .height = height, .outlineWidth = 1});
-        for (const int height : {32768, 40000, largest})
+        for (const int height : {32768, 40000, most})
             EXPECT_TRUE(rendersNothing(host, host.newMemoryBlock(samples), {.width = 3, .height = height}));
         expectWaveform(host, samples, {.width = 32767, .height = 1, .outlineWidth = 1});
-        for (const int width : {0, -1, smallest})
+        for (const int width : {0, -1, least})
             expectWaveform(host, samples, {.width = width, .height = 9});
-        for (const int width : {32768, 268435454, 268435453, 268435456, 536870912, largest})
+        for (const int width : {32768, 268435454, 268435453, 268435456, 536870912, most})
             EXPECT_TRUE(rendersNothing(host, host.newMemoryBlock(samples), {.width = width, .height = 3}));
         EXPECT_TRUE(rendersNothing(host, host.newMemoryBlock(40000), {.height = 3})) << "40000 columns";
         expectWaveform(host, Bytes(32767, 200), {.height = 2});
@@ -245,8 +240,7 @@ TEST_P(Waveform, EqualsTheReference)
         Random random{++seed};
         // The host's own lines are for another test.
         host.setAbsent("RuntimeGraphicsDrawLine");
-        static const std::vector<int> smoothings{-1, 0,  1,  2,       3,           7,
-                                                 20, -2, -3, largest, largest - 1, smallest};
+        static const std::vector<int> smoothings{-1, 0, 1, 2, 3, 7, 20, -2, -3, most, most - 1, least};
         for (int i = 0; i < 500; ++i)
         {
             WaveformSettings settings;
@@ -260,11 +254,8 @@ TEST_P(Waveform, EqualsTheReference)
             settings.width =
                 random.between(0, 2) != 0 ? random.between(1, 60) : random.between(-1, available * 2);
             settings.height = random.between(1, 90);
-            settings.outlineWidth =
-                random.oneOf(std::vector<int>{-1, 0, 1, 1, 1, 2, 3, 1000, smallest, largest});
-            const auto color = [&random] {
-                return static_cast<std::uint32_t>(random.between(smallest, largest));
-            };
+            settings.outlineWidth = random.oneOf(std::vector<int>{-1, 0, 1, 1, 1, 2, 3, 1000, least, most});
+            const auto color = [&random] { return static_cast<std::uint32_t>(random.between(least, most)); };
             settings.backColor = color();
             settings.foreColor = color();
             settings.outlineColor = color();
@@ -297,8 +288,7 @@ TEST_P(Waveform, Smoothing)
 {
     Random random{94};
     forEachHostAndLoop(artefact(), [&](TestHost& host) {
-        for (const int smooth :
-             {-1, 0, 1, 2, 5, 1000, -2, -3, -1000, largest, largest - 1, smallest, smallest + 1})
+        for (const int smooth : {-1, 0, 1, 2, 5, 1000, -2, -3, -1000, most, most - 1, least, least + 1})
             for (const int bits : {8, 15})
                 for (const bool autoScale : {false, true})
                     for (const int width : {20, 90})
@@ -362,7 +352,7 @@ TEST_P(Waveform, CountsBeyondTheBlock)
             return reference::renderWaveform(std::span(samples).first(size), settings);
         };
         const WaveformSettings all{.sampleCount = 100, .width = 10, .height = 20};
-        for (const int count : {101, 200, 65536, largest})
+        for (const int count : {101, 200, 65536, most})
         {
             WaveformSettings settings = all;
             settings.sampleCount = count;
@@ -373,7 +363,7 @@ TEST_P(Waveform, CountsBeyondTheBlock)
         }
         WaveformSettings wide = all;
         wide.bits = 15;
-        for (const int count : {1 << 30, (1 << 30) + 50, largest, 0x40000032})
+        for (const int count : {1 << 30, (1 << 30) + 50, most, 0x40000032})
         {
             wide.sampleCount = count;
             EXPECT_TRUE(rendersNothing(host, block, wide)) << "the size in bytes overflows";

@@ -47,10 +47,6 @@ private:
 
 void markColored(const Picture& source, Rectangle rectangle, int sourceBytes, Grid& marks)
 {
-    if (rectangle.width < 0)
-        rectangle.width = source.width;
-    if (rectangle.height < 0)
-        rectangle.height = source.height;
     const RawRows rows(source, sourceBytes);
     const Area area = clipped(rectangle, source.width, source.height);
     // The rows read are the picture's first ones; the cells are those of the rectangle.

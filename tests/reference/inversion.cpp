@@ -42,10 +42,6 @@ Picture invert(const Picture& source, Rectangle rectangle, int sourceBytes, int 
 
 Picture invertGray(const Picture& source, Rectangle rectangle, int sourceBytes, int resultBytes)
 {
-    if (rectangle.width < 0)
-        rectangle.width = source.width;
-    if (rectangle.height < 0)
-        rectangle.height = source.height;
     return mapRectangle(source, rectangle, sourceBytes, resultBytes, [](Pixel pixel) {
         if (pixel.red == pixel.green && pixel.green == pixel.blue)
             return inverted(pixel);

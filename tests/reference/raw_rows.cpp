@@ -10,6 +10,8 @@ namespace
 
 int farEdge(int start, int length, int limit)
 {
+    if (length < 0)
+        length = limit;
     return static_cast<int>(std::min<std::int64_t>(static_cast<std::int64_t>(start) + length, limit));
 }
 

@@ -38,7 +38,8 @@ struct Area
     }
 };
 
-/// Cuts a rectangle at the picture's edges: the far edges come from the left and top as they were given.
+/// Cuts a rectangle at the picture's edges: the far edges come from the left and top as they were given. A
+/// negative side is the picture's.
 Area clipped(const Rectangle& rectangle, int pictureWidth, int pictureHeight);
 
 /// Rows of 3 (R, G, B) or 4 (R, G, B, A) bytes a pixel.

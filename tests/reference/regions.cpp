@@ -11,10 +11,6 @@ namespace
 template <class Passes>
 bool allPass(const Picture& source, Rectangle rectangle, int sourceBytes, Passes passes)
 {
-    if (rectangle.width < 0)
-        rectangle.width = source.width;
-    if (rectangle.height < 0)
-        rectangle.height = source.height;
     const RawRows rows(source, sourceBytes);
     const Area area = clipped(rectangle, source.width, source.height);
     for (int y = area.top; y < area.bottom; ++y)

@@ -31,6 +31,27 @@ std::string filterText(const standin::Instance& filter, const standin::Picture& 
     return text;
 }
 
+void expectCloseReleasesPictures(TestHost& host, standin::Instance filter,
+                                 const std::function<void(standin::Instance&)>& expectKept, SourceLine line)
+{
+    const testing::ScopedTrace trace = line.trace("closing");
+    const standin::Picture source = host.newPicture(9, 9);
+    const standin::Picture result = runFilter(filter, source);
+    for (int times = 0; times < 3; ++times)
+    {
+        filter.call("Close");
+        EXPECT_TRUE(filter.get("SourcePicture").picture().isNil());
+        EXPECT_TRUE(filter.get("DestinationPicture").picture().isNil());
+        EXPECT_EQ(source.referenceCount(), 1);
+        EXPECT_EQ(result.referenceCount(), 1);
+    }
+    expectKept(filter);
+    EXPECT_FALSE(runFilter(filter, source).isNil()) << "it works again after closing";
+    filter = standin::Instance();
+    host.expectBalanced("after the instance");
+    EXPECT_EQ(source.referenceCount(), 1);
+}
+
 standin::Picture runFilter(standin::Instance& filter, const standin::Picture& source)
 {
     filter.set("SourcePicture", source);

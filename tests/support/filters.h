@@ -6,6 +6,7 @@
 #include "tests/support/operation_checks.h"
 
 #include <cstring>
+#include <functional>
 
 /// Sets "MinX", "MinY", "MaxX" and "MaxY".
 void setRectangle(standin::Instance& filter, const reference::FilterRectangle& rectangle);
@@ -16,6 +17,11 @@ reference::Picture freshPicture(const standin::Picture& source);
 /// "PictureSepiaQVR of a picture in gworld32 with no weights, MinX 1, MinY 2, MaxX 3, MaxY 4", for messages.
 std::string filterText(const standin::Instance& filter, const standin::Picture& source,
                        const std::string& settings);
+/// "Close" gives back both pictures of a filter that has run, once, and leaves alone what `expectKept` looks
+/// at; the filter works again afterwards, and ends without them.
+void expectCloseReleasesPictures(TestHost& host, standin::Instance filter,
+                                 const std::function<void(standin::Instance&)>& expectKept,
+                                 SourceLine line = SourceLine::here());
 /// Sets the source, runs the filter and gives "DestinationPicture", which must be nil when it failed.
 standin::Picture runFilter(standin::Instance& filter, const standin::Picture& source);
 

@@ -9,10 +9,15 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <optional>
 #include <random>
 #include <string>
 #include <vector>
+
+/// The ends of the language's integers.
+inline constexpr int least = std::numeric_limits<int>::min();
+inline constexpr int most = std::numeric_limits<int>::max();
 
 /// Repeatable random numbers.
 class Random
