@@ -33,6 +33,21 @@ std::vector<std::string> linesOf(const std::string& command)
     return lines;
 }
 
+std::vector<Row> wordsOf(const std::string& command)
+{
+    std::vector<Row> rows;
+    for (const std::string& line : linesOf(command))
+    {
+        std::istringstream words{line};
+        rows.emplace_back();
+        for (std::string word; words >> word;)
+            rows.back().push_back(word);
+    }
+    if (rows.empty())
+        throw std::runtime_error("no output from: " + command);
+    return rows;
+}
+
 bool Function::contains(const std::string& mnemonic) const
 {
     return std::any_of(instructions.begin(), instructions.end(),

@@ -14,6 +14,12 @@ std::string binaryOf(standin::Artefact artefact);
 /// The lines that a command prints to its standard output.
 std::vector<std::string> linesOf(const std::string& command);
 
+/// The blank-separated words of a line.
+using Row = std::vector<std::string>;
+
+/// What a command prints, as words. A command that prints nothing fails the test.
+std::vector<Row> wordsOf(const std::string& command);
+
 struct Instruction
 {
     /// In the file's own numbering: from its load address on.
