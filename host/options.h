@@ -93,6 +93,9 @@ struct Options
     int padding = 12;
     /// Every byte of a new picture's pixels, so that what stays unwritten shows.
     std::uint8_t freshFill = 0xFF;
+    /// By how many bytes the stack misses an alignment to 16 whenever the plug-in is called: 0, 4, 8 or 12.
+    /// Linux hosts of the plug-in's age promise an alignment to 4 only.
+    int stackSkew = 0;
     /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not
     /// exist.
     std::set<std::string> absent;

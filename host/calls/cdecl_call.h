@@ -50,9 +50,10 @@ private:
     std::vector<std::uint32_t> words;
 };
 
-/// Calls a function by the 32-bit cdecl convention with a stack aligned to 16 bytes; gives what is in EAX.
-std::uint32_t callForWord(REALanyFunction function, const Slots& slots);
+/// Calls a function by the 32-bit cdecl convention with a stack that lies `skew` bytes below an alignment to
+/// 16; gives what is in EAX.
+std::uint32_t callForWord(REALanyFunction function, const Slots& slots, int skew);
 /// The same for a function whose result is in ST0.
-double callForDouble(REALanyFunction function, const Slots& slots);
+double callForDouble(REALanyFunction function, const Slots& slots, int skew);
 
 } // namespace standin

@@ -319,9 +319,9 @@ Value Core::callFunction(REALanyFunction function, const Slots& slots, Type type
     double number = 0;
     inside([&] {
         if (type == Type::Double)
-            number = callForDouble(function, slots);
+            number = callForDouble(function, slots, options.stackSkew);
         else
-            word = callForWord(function, slots);
+            word = callForWord(function, slots, options.stackSkew);
     });
     Value result = takeResult(type, word, number);
     finishCall(result);

@@ -85,7 +85,9 @@ void Core::load()
         options.beforeEntry(faults);
     inside([&] {
         plugin = options.artefact == Artefact::MacBundle ? loadMachO(path) : loadElf(path);
-        plugin->entryPoint()(&resolveForCurrent);
+        Slots slots;
+        slots.push(reinterpret_cast<const void*>(&resolveForCurrent));
+        callForWord(reinterpret_cast<REALanyFunction>(plugin->entryPoint()), slots, options.stackSkew);
     });
     if (pendingError)
         std::rethrow_exception(std::exchange(pendingError, nullptr));
@@ -218,7 +220,7 @@ void Core::destroy(Object& object)
         object.references = object.held = 1;
         Slots slots;
         slots.push(instance->handle());
-        inside([&] { callForWord(instance->definition.destructor, slots); });
+        inside([&] { callForWord(instance->definition.destructor, slots, options.stackSkew); });
         if (!instance->block.intact())
             fault(object.name() + ": bytes outside of its data were written");
     }
