@@ -226,9 +226,9 @@ Prepare passesInMiddle(const std::string& method, Shade shade, const Arguments& 
     };
 }
 
-auto allOf(Pixel color)
+auto allOf(Pixel colour)
 {
-    return [color](int, int) { return color; };
+    return [colour](int, int) { return colour; };
 }
 
 /// Grey of all levels, channels apart by `spread` at most.
@@ -352,19 +352,19 @@ void addRegionTests(std::vector<Row>& rows)
                     }});
 }
 
-std::uint32_t colorOf(Pixel pixel)
+std::uint32_t colourOf(Pixel pixel)
 {
     return static_cast<std::uint32_t>(pixel.red) << 16 | static_cast<std::uint32_t>(pixel.green) << 8 |
            pixel.blue;
 }
 
-Job countJob(Workshop& workshop, const Picture& picture, Pixel color)
+Job countJob(Workshop& workshop, const Picture& picture, Pixel colour)
 {
-    return askPeersExactly(callJob(workshop, picture, "CountColorQVR", {colorOf(color)}, {1, 0}), {picture},
-                           {{"color", colorOf(color)}});
+    return askPeersExactly(callJob(workshop, picture, "CountColorQVR", {colourOf(colour)}, {1, 0}), {picture},
+                           {{"color", colourOf(colour)}});
 }
 
-void addColorSearch(std::vector<Row>& rows)
+void addColourSearch(std::vector<Row>& rows)
 {
     constexpr std::uint32_t replacement = 0xC0FFEE;
     rows.push_back({"count-color", "count one colour", [](Workshop& workshop) {
@@ -373,13 +373,13 @@ void addColorSearch(std::vector<Row>& rows)
     rows.push_back({"count-color-blank", "count one colour",
                     [](Workshop& workshop) { return countJob(workshop, workshop.plain(grey), grey); }});
     rows.push_back({"replace-color", "replace one colour", [=](Workshop& workshop) {
-                        const std::uint32_t color = colorOf(workshop.photo().pixel(0, 0));
-                        return fromPhoto("ReplaceColorQVR", {color, replacement},
-                                         {{"color", color}, {"replacement", replacement}})(workshop);
+                        const std::uint32_t colour = colourOf(workshop.photo().pixel(0, 0));
+                        return fromPhoto("ReplaceColorQVR", {colour, replacement},
+                                         {{"color", colour}, {"replacement", replacement}})(workshop);
                     }});
     rows.push_back({"extract-color", "", [](Workshop& workshop) {
                         return callJob(workshop, workshop.photo(), "ExtractColorQVR",
-                                       {colorOf(workshop.photo().pixel(0, 0)), replacement, 0xFFFFFFU});
+                                       {colourOf(workshop.photo().pixel(0, 0)), replacement, 0xFFFFFFU});
                     }});
 }
 
@@ -392,7 +392,7 @@ void addRectangleMask(std::vector<Row>& rows)
         rows.push_back({name, work, [method, makeShape](Workshop& workshop) {
                             const Shape shape = makeShape(workshop.width, workshop.height);
                             const auto shade = [&shape](int x, int y) {
-                                return shape.colored(x, y) ? Pixel{200, 40, 60, 255} : grey;
+                                return shape.coloured(x, y) ? Pixel{200, 40, 60, 255} : grey;
                             };
                             const Picture picture = workshop.paint(shape.width, shape.height, shade);
                             return askPeers(callJob(workshop, picture, method, {}), {picture});
@@ -488,9 +488,9 @@ void addStatistics(std::vector<Row>& rows)
 /// A tint's weights, as a matrix with no offsets.
 nlohmann::json tintMatrix(std::uint32_t greyBase, std::uint32_t tintBase)
 {
-    const auto weights = [](std::uint32_t color) {
-        return std::vector<double>{(color >> 16 & 255) / 255.0, (color >> 8 & 255) / 255.0,
-                                   (color & 255) / 255.0};
+    const auto weights = [](std::uint32_t colour) {
+        return std::vector<double>{(colour >> 16 & 255) / 255.0, (colour >> 8 & 255) / 255.0,
+                                   (colour & 255) / 255.0};
     };
     nlohmann::json matrix = nlohmann::json::array();
     for (const double tint : weights(tintBase))
@@ -949,7 +949,7 @@ std::vector<Row> allRows()
 {
     std::vector<Row> rows;
     for (const auto add :
-         {addInversion, addBrightness, addRegionTests, addColorSearch, addRectangleMask, addStatistics,
+         {addInversion, addBrightness, addRegionTests, addColourSearch, addRectangleMask, addStatistics,
           addChannels, addMasks, addScrolling, addFind, addBinaryString, addWaveform, addFilters})
         add(rows);
     return rows;

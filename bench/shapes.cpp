@@ -15,7 +15,7 @@ Shape byRule(int width, int height, Rule rule)
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             if (rule(x, y))
-                shape.color(x, y);
+                shape.colour(x, y);
     return shape;
 }
 
@@ -38,12 +38,12 @@ Shape blobs(int width, int height)
     const int count = static_cast<int>(0.01 * width * height / area);
     for (int blob = 0; blob < count; ++blob)
     {
-        const int centerX = static_cast<int>(scatter(blob, 1) % static_cast<std::uint32_t>(width));
-        const int centerY = static_cast<int>(scatter(blob, 2) % static_cast<std::uint32_t>(height));
+        const int centreX = static_cast<int>(scatter(blob, 1) % static_cast<std::uint32_t>(width));
+        const int centreY = static_cast<int>(scatter(blob, 2) % static_cast<std::uint32_t>(height));
         for (int y = -radius; y <= radius; ++y)
             for (int x = -radius; x <= radius; ++x)
                 if (x * x + y * y <= radius * radius)
-                    shape.color(centerX + x, centerY + y);
+                    shape.colour(centreX + x, centreY + y);
     }
     return shape;
 }
@@ -96,7 +96,7 @@ Shape spiral(int width, int height)
     int y = 0;
     int direction = 0;
     int turns = 0;
-    shape.color(x, y);
+    shape.colour(x, y);
     while (turns < 2)
     {
         const int nextX = x + stepX[direction];
@@ -104,7 +104,7 @@ Shape spiral(int width, int height)
         const int aheadX = nextX + stepX[direction];
         const int aheadY = nextY + stepY[direction];
         const bool blocked =
-            !shape.inside(nextX, nextY) || (shape.inside(aheadX, aheadY) && shape.colored(aheadX, aheadY));
+            !shape.inside(nextX, nextY) || (shape.inside(aheadX, aheadY) && shape.coloured(aheadX, aheadY));
         if (blocked)
         {
             direction = (direction + 1) % 4;
@@ -114,7 +114,7 @@ Shape spiral(int width, int height)
         turns = 0;
         x = nextX;
         y = nextY;
-        shape.color(x, y);
+        shape.colour(x, y);
     }
     return shape;
 }

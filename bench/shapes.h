@@ -19,11 +19,11 @@ struct Shape
     {
     }
 
-    bool colored(int x, int y) const
+    bool coloured(int x, int y) const
     {
         return cells[index(x, y)];
     }
-    void color(int x, int y)
+    void colour(int x, int y)
     {
         if (inside(x, y))
             cells[index(x, y)] = true;

@@ -85,9 +85,9 @@ public:
     {
         return paint(width, height, shade);
     }
-    standin::Picture plain(standin::Pixel color)
+    standin::Picture plain(standin::Pixel colour)
     {
-        return paint([color](int, int) { return color; });
+        return paint([colour](int, int) { return colour; });
     }
 
     /// Remembers that a row calls an overload.

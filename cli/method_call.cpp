@@ -34,7 +34,7 @@ struct FitsType
     }
     bool operator()(std::int32_t) const
     {
-        return type == Type::Integer || type == Type::UInt32 || type == Type::Color || type == Type::Double;
+        return type == Type::Integer || type == Type::UInt32 || type == Type::Colour || type == Type::Double;
     }
     bool operator()(std::uint32_t) const
     {
@@ -98,7 +98,7 @@ Value initialValue(Type type)
     case Type::Integer:
         return std::int32_t{0};
     case Type::UInt32:
-    case Type::Color:
+    case Type::Colour:
         return std::uint32_t{0};
     case Type::Double:
         return 0.0;

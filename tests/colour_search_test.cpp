@@ -11,7 +11,7 @@ using reference::Rectangle;
 using standin::Arguments;
 
 constexpr Pixel grey{90, 90, 90};
-constexpr Pixel colored{90, 91, 90};
+constexpr Pixel coloured{90, 91, 90};
 constexpr Pixel black{0, 0, 0};
 constexpr Pixel white{255, 255, 255};
 
@@ -20,9 +20,9 @@ class ColourSearch : public ArtefactTest
 };
 ON_EVERY_ARTEFACT(ColourSearch);
 
-int count(TestHost& host, const standin::Picture& picture, std::uint32_t color)
+int count(TestHost& host, const standin::Picture& picture, std::uint32_t colour)
 {
-    return host.call(picture, "CountColorQVR", {color}).integer();
+    return host.call(picture, "CountColorQVR", {colour}).integer();
 }
 
 /// A grey picture with coloured pixels where the rows have a '#'.
@@ -32,7 +32,7 @@ Picture drawing(const std::vector<std::string>& rows)
     for (int y = 0; y < picture.height; ++y)
         for (int x = 0; x < picture.width; ++x)
             if (rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] == '#')
-                picture.at(x, y) = colored;
+                picture.at(x, y) = coloured;
     return picture;
 }
 
@@ -41,7 +41,7 @@ Picture maskOf(const std::vector<std::string>& rows)
 {
     Picture picture = drawing(rows);
     for (Pixel& pixel : picture.pixels)
-        pixel = pixel == colored ? black : white;
+        pixel = pixel == coloured ? black : white;
     return picture;
 }
 
@@ -104,8 +104,8 @@ TEST_P(ColourSearch, EqualsTheReferenceInEverySizeAndStorage)
         for (int i = 0; i < 3; ++i)
         {
             const std::uint32_t dirt = static_cast<std::uint32_t>(random.byte()) << 24;
-            const std::uint32_t search = colorOf(random.oneOf(source.pixels)) | dirt;
-            const std::uint32_t replacement = colorOf(random.oneOf(source.pixels)) ^ dirt ^ 0x10;
+            const std::uint32_t search = colourOf(random.oneOf(source.pixels)) | dirt;
+            const std::uint32_t replacement = colourOf(random.oneOf(source.pixels)) ^ dirt ^ 0x10;
             const std::uint32_t background = static_cast<std::uint32_t>(random.between(0, most));
             ASSERT_EQ(count(host, photo, search), countColor(source, search)) << search;
             expectCall(replaceColor(source, search, replacement), host, photo, "ReplaceColorQVR",
@@ -146,7 +146,7 @@ TEST_P(ColourSearch, AGreyPictureHasAWhiteMask)
 TEST_P(ColourSearch, MasksCoverWhatTouches)
 {
     Picture single(9, 10, grey);
-    single.at(5, 7) = colored;
+    single.at(5, 7) = coloured;
     Picture singleMask(9, 10, white);
     singleMask.at(5, 7) = black;
     forEachHost(artefact(), [&](TestHost& host) {
@@ -174,7 +174,7 @@ TEST_P(ColourSearch, TheWholePictureIsTheDefaultRectangle)
     forEachHost(artefact(), [&](TestHost& host) {
         Picture content(23, 11, grey);
         for (int i = 0; i < 40; ++i)
-            content.at(random.between(0, 22), random.between(0, 10)) = colored;
+            content.at(random.between(0, 22), random.between(0, 10)) = coloured;
         const standin::Picture photo = upload(host, content);
         const Picture wanted = colorRectangleMask(download(photo), {}, photo.bytesPerPixel());
         expectCall(wanted, host, photo, "ExtractColorRectangleMaskQVR");
@@ -191,9 +191,9 @@ TEST_P(ColourSearch, TheWholePictureIsTheDefaultRectangle)
 TEST_P(ColourSearch, MarksComeFromTheFirstRowsWhateverTheTop)
 {
     Picture content(6, 14, grey);
-    content.at(2, 0) = colored;
-    content.at(3, 3) = colored;
-    content.at(1, 12) = colored;
+    content.at(2, 0) = coloured;
+    content.at(3, 3) = coloured;
+    content.at(1, 12) = coloured;
     Picture wanted(6, 14, white);
     wanted.at(2, 10) = black;
     wanted.at(3, 13) = black;
@@ -264,7 +264,7 @@ TEST_P(ColourSearch, MasksEqualTheReferenceForShapes)
             for (int step = random.between(1, 20); step > 0; --step)
             {
                 if (x >= 0 && y >= 0 && x < width && y < height)
-                    content.at(x, y) = colored;
+                    content.at(x, y) = coloured;
                 x += wanders ? random.between(-1, 1) : dx;
                 y += wanders ? random.between(-1, 1) : dy;
             }
@@ -283,7 +283,7 @@ TEST_P(ColourSearch, MasksEqualTheReferenceForEverySmallPicture)
             Picture content(width, pixels / width, grey);
             for (int i = 0; i < pixels; ++i)
                 if ((bits >> i & 1) != 0)
-                    content.pixels[static_cast<std::size_t>(i)] = colored;
+                    content.pixels[static_cast<std::size_t>(i)] = coloured;
             expectMask(host, content, std::to_string(width) + " columns, bits " + std::to_string(bits));
         }
 }
@@ -301,17 +301,17 @@ TEST_P(ColourSearch, MasksOfFramesSpiralsAndCombs)
         {
             const int ring = std::min({x, y, side - 1 - x, side - 1 - y});
             if (ring % 4 == 0)
-                frames.at(x, y) = colored;
+                frames.at(x, y) = coloured;
             if (ring % 2 == 0 && !(x == ring && y == ring + 1))
-                spiral.at(x, y) = colored;
+                spiral.at(x, y) = coloured;
             if (ring % 2 == 1 && x == ring && y == ring)
-                spiral.at(x, y) = colored;
+                spiral.at(x, y) = coloured;
             if (x % 2 == 0 || y == side - 1)
-                comb.at(x, y) = colored;
+                comb.at(x, y) = coloured;
             if (x == y || x == y + 1)
-                staircase.at(x, y) = colored;
+                staircase.at(x, y) = coloured;
             if ((x + y) % 2 == 0)
-                checkers.at(x, y) = colored;
+                checkers.at(x, y) = coloured;
         }
     forEachHost(artefact(), [&](TestHost& host) {
         if (host.newStorage() == standin::Storage::GWorld24)
@@ -321,7 +321,7 @@ TEST_P(ColourSearch, MasksOfFramesSpiralsAndCombs)
         expectMask(host, comb, "a comb");
         expectMask(host, staircase, "a staircase");
         expectMask(host, checkers, "checkers");
-        expectMask(host, Picture(side, side, colored), "a full picture");
+        expectMask(host, Picture(side, side, coloured), "a full picture");
     });
 }
 
@@ -343,19 +343,19 @@ TEST_P(ColourSearch, LargeMasksAreReadyInTime)
     {
         for (int x = y % 2; x < side; x += 2)
         {
-            dust.at(x, y) = colored;
+            dust.at(x, y) = coloured;
             dustMask.at(x, y) = black;
         }
-        diagonal.at(side - 1 - y, y) = colored;
+        diagonal.at(side - 1 - y, y) = coloured;
         diagonalMask.at(side - 1 - y, y) = black;
-        staircase.at(y, y) = colored;
+        staircase.at(y, y) = coloured;
         if (y + 1 < side)
-            staircase.at(y + 1, y) = colored;
+            staircase.at(y + 1, y) = coloured;
     }
     expectPicture(dustMask, mask(dust), "the mask of checkers");
     expectPicture(diagonalMask, mask(diagonal), "the mask of a diagonal");
     expectPicture(Picture(side, side, black), mask(staircase), "the mask of a staircase");
-    expectPicture(Picture(side, side, black), mask(Picture(side, side, colored)),
+    expectPicture(Picture(side, side, black), mask(Picture(side, side, coloured)),
                   "the mask of a full picture");
 }
 

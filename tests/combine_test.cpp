@@ -23,9 +23,9 @@ protected:
         return host.callGlobal("MergePictureQVR", {first, second});
     }
 
-    static Picture plain(TestHost& host, std::uint32_t color)
+    static Picture plain(TestHost& host, std::uint32_t colour)
     {
-        return upload(host, reference::Picture{4, 3, pixelOf(color)});
+        return upload(host, reference::Picture{4, 3, pixelOf(colour)});
     }
 };
 ON_EVERY_ARTEFACT(Combine);

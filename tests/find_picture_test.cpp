@@ -130,14 +130,14 @@ TEST_P(FindPicture, AlphaDoesNotCount)
             for (int bit = 0; bit < 24; ++bit)
             {
                 const reference::Pixel& last = pixels.at(6, 4);
-                other.at(6, 4) = reference::pixelOf(reference::colorOf(last) ^ 1U << bit);
+                other.at(6, 4) = reference::pixelOf(reference::colourOf(last) ^ 1U << bit);
                 EXPECT_EQ(find(host, upload(host, pixels, storage), upload(host, other)), std::nullopt);
             }
         }
     });
 }
 
-TEST_P(FindPicture, EqualsTheReferenceOnFewColors)
+TEST_P(FindPicture, EqualsTheReferenceOnFewColours)
 {
     // Few colours make many candidates that fail late, and those decide about everything after them.
     constexpr int searches = 6000;

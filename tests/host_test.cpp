@@ -171,7 +171,7 @@ TEST_F(HostCall, LooksAtTheDefinedBitsOfResultsOnly)
     registerGlobal("C as color", any(wideTrue));
     registerGlobal("I as integer", any(wideTrue));
     EXPECT_FALSE(call("B").boolean());
-    EXPECT_EQ(call("C").color(), 0xCDEF00U);
+    EXPECT_EQ(call("C").colour(), 0xCDEF00U);
     EXPECT_EQ(call("I").integer(), static_cast<std::int32_t>(0xABCDEF00));
 }
 
@@ -490,13 +490,13 @@ TEST_F(HostPicture, ComparesAndCopies)
     photo.fill({9, 8, 7, 6});
     Picture copy = newPicture(3, 2, Storage::Bitmap);
     copy.setRgba(photo.rgba());
-    EXPECT_FALSE(standin::firstDifference(photo, copy, standin::Compare::ColorsAndAlpha));
+    EXPECT_FALSE(standin::firstDifference(photo, copy, standin::Compare::ColoursAndAlpha));
     copy.setPixel(2, 1, {9, 0, 7, 6});
     const auto difference = standin::firstDifference(photo, copy);
     ASSERT_TRUE(difference);
     EXPECT_EQ(difference->describe(),
               "1 pixels differ, first at (2, 1): wanted (9, 8, 7; alpha 6), got (9, 0, 7; alpha 6)");
-    EXPECT_TRUE(standin::sameColors(photo, photo.clone()));
+    EXPECT_TRUE(standin::sameColours(photo, photo.clone()));
     EXPECT_EQ(errorOf([&] { photo.pixel(3, 0); }), "a picture of 3 x 2 has no pixel (3, 0)");
 }
 

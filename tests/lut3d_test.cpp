@@ -6,7 +6,7 @@
 namespace
 {
 
-using reference::ColorCube;
+using reference::ColourCube;
 using reference::FilterRectangle;
 using standin::Instance;
 using standin::Picture;
@@ -18,7 +18,7 @@ constexpr int cubeOffset = 24;
 class Lut3D : public ArtefactTest
 {
 protected:
-    static Instance filterOf(TestHost& host, const ColorCube& cube, const FilterRectangle& rectangle = {})
+    static Instance filterOf(TestHost& host, const ColourCube& cube, const FilterRectangle& rectangle = {})
     {
         Instance filter = host.newInstance("PictureLut3DQVR");
         std::memcpy(filter.data() + cubeOffset, cube.entries.data(), cube.entries.size() * sizeof(double));
@@ -26,7 +26,7 @@ protected:
         return filter;
     }
 
-    static void expectMapped(TestHost& host, const Picture& source, const ColorCube& cube,
+    static void expectMapped(TestHost& host, const Picture& source, const ColourCube& cube,
                              const FilterRectangle& rectangle, const std::string& what)
     {
         const auto before = source.rgba();
@@ -44,7 +44,7 @@ protected:
 ON_EVERY_ARTEFACT(Lut3D);
 
 /// Kinds of cubes: levels on and off the scale, whole ones, nearly whole ones, and ones that no number fits.
-ColorCube randomCube(Random& random)
+ColourCube randomCube(Random& random)
 {
     static const std::vector<double> special{std::numeric_limits<double>::quiet_NaN(),
                                              std::numeric_limits<double>::infinity(),
@@ -57,7 +57,7 @@ ColorCube randomCube(Random& random)
                                              255.0000001,
                                              -1e-9,
                                              1e-310};
-    ColorCube cube = reference::identityCube();
+    ColourCube cube = reference::identityCube();
     const int kind = random.between(0, 4);
     for (double& entry : cube.entries)
         switch (kind)
@@ -196,10 +196,10 @@ TEST_P(Lut3D, WhiteIsTheLastNodeThatCounts)
 {
     forEachHost(artefact(), [](TestHost& host) {
         Random random{111};
-        ColorCube cube = randomCube(random);
-        for (int red = 0; red < ColorCube::nodes; ++red)
-            for (int green = 0; green < ColorCube::nodes; ++green)
-                for (int blue = 0; blue < ColorCube::nodes; ++blue)
+        ColourCube cube = randomCube(random);
+        for (int red = 0; red < ColourCube::nodes; ++red)
+            for (int green = 0; green < ColourCube::nodes; ++green)
+                for (int blue = 0; blue < ColourCube::nodes; ++blue)
                     for (int x = 0; x < 3; ++x)
                         if (red > 15 || green > 15 || blue > 15)
                             cube.at(red, green, blue, x) = std::numeric_limits<double>::quiet_NaN();
@@ -234,7 +234,7 @@ TEST_P(Lut3D, LevelsAreCut)
                               {-std::numeric_limits<double>::infinity(), 0}};
         for (const Case& item : cases)
         {
-            ColorCube cube;
+            ColourCube cube;
             for (double& entry : cube.entries)
                 entry = 77.0;
             for (int x = 0; x < 3; ++x)
@@ -270,7 +270,7 @@ TEST_P(Lut3D, EveryPositionBetweenNodes)
             for (int i = 0; i < 17 * 17 * 17; ++i)
                 picture.pixels[static_cast<std::size_t>(i)] = {level(i % 17), level(i / 17 % 17),
                                                                level(i / 289)};
-            const ColorCube cube = times == 0 ? reference::identityCube() : randomCube(random);
+            const ColourCube cube = times == 0 ? reference::identityCube() : randomCube(random);
             expectMapped(host, upload(host, picture), cube, {}, "all remainders");
         }
     });
@@ -278,7 +278,7 @@ TEST_P(Lut3D, EveryPositionBetweenNodes)
 
 TEST_P(Lut3D, EqualsTheReference)
 {
-    ColorCube cube;
+    ColourCube cube;
     int uses = 0;
     forEachSource(artefact(), [&](TestHost& host, const Picture& source, Random& random) {
         if (uses++ % 8 == 0)
@@ -293,7 +293,7 @@ TEST_P(Lut3D, RectangleOnlyGivesTheSizeOfTheBlock)
     forEachHost(artefact(), [](TestHost& host) {
         Random random{113};
         const Picture source = upload(host, randomPicture(random, 100, 50));
-        const ColorCube cube = randomCube(random);
+        const ColourCube cube = randomCube(random);
         const FilterRectangle rectangles[] = {
             {10, 5, 60, 30}, {0, 0, 100, 50},  {10, 5, 100, 50},   {30, 20, 30, 20},
             {30, 20, 10, 5}, {0, 50, 0, 0},    {0, 60, 0, 0},      {100, 0, 0, 0},
@@ -301,7 +301,7 @@ TEST_P(Lut3D, RectangleOnlyGivesTheSizeOfTheBlock)
         };
         for (const FilterRectangle& rectangle : rectangles)
             expectMapped(host, source, cube, rectangle, "random nodes");
-        Instance filter = filterOf(host, ColorCube(), {10, 5, 60, 30});
+        Instance filter = filterOf(host, ColourCube(), {10, 5, 60, 30});
         const reference::Picture result = download(runFilter(filter, source));
         EXPECT_EQ(result.at(49, 24).red, 0);
         EXPECT_EQ(result.at(50, 24).red, reference::untouchedByte);
@@ -344,7 +344,7 @@ TEST_P(Lut3D, DestinationCanBecomeTheSource)
 {
     forEachHost(artefact(), [](TestHost& host) {
         Random random{114};
-        const ColorCube cube = randomCube(random);
+        const ColourCube cube = randomCube(random);
         const Picture source = upload(host, randomPicture(random, 17, 6));
         Instance filter = filterOf(host, cube);
         const Picture once = runFilter(filter, source);
@@ -388,7 +388,7 @@ TEST_P(Lut3D, KeepsToItsLimits)
 TEST_P(Lut3D, SurvivesFailingCalls)
 {
     Random random{115};
-    const ColorCube cube = randomCube(random);
+    const ColourCube cube = randomCube(random);
     torture(artefact(), {pictureToTorture()}, [&](TestHost& host, std::vector<Picture>& sources) {
         Instance filter = filterOf(host, cube);
         return Value(runFilter(filter, sources[0]));

@@ -87,13 +87,13 @@ TEST_P(Sepia, FieldsLieWhereTheHostLooksForThem)
     }
 }
 
-TEST_P(Sepia, KnownColors)
+TEST_P(Sepia, KnownColours)
 {
     forEachHost(artefact(), [](TestHost& host) {
-        const auto toned = [&host](std::uint32_t color, const SepiaSettings& settings) {
+        const auto toned = [&host](std::uint32_t colour, const SepiaSettings& settings) {
             Instance filter = filterOf(host, settings);
-            const Picture result = runFilter(filter, upload(host, reference::Picture{5, 2, pixelOf(color)}));
-            return reference::colorOf(download(result).at(4, 1));
+            const Picture result = runFilter(filter, upload(host, reference::Picture{5, 2, pixelOf(colour)}));
+            return reference::colourOf(download(result).at(4, 1));
         };
         EXPECT_EQ(toned(0xFFFFFF, {}), 0xFEFEFEU);
         EXPECT_EQ(toned(0x000000, {.sepiaRed = 40, .sepiaGreen = 20, .sepiaBlue = -20}), 0x281400U);

@@ -89,8 +89,8 @@ private:
             return telling.contains(name) ? telling.at(name) : position % 4 < 2 ? 2 : 36;
         case Type::UInt32:
             return static_cast<std::uint32_t>(position);
-        case Type::Color:
-            return position == 0 ? colorOf(pixels.at(5, 3)) : 0x30C0F0U;
+        case Type::Colour:
+            return position == 0 ? colourOf(pixels.at(5, 3)) : 0x30C0F0U;
         case Type::Double:
             return 0.75 - position;
         case Type::Picture:

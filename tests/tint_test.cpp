@@ -28,7 +28,7 @@ protected:
 };
 ON_EVERY_ARTEFACT(Tint);
 
-TEST_P(Tint, KnownColors)
+TEST_P(Tint, KnownColours)
 {
     struct Case
     {
@@ -56,11 +56,11 @@ TEST_P(Tint, KnownColors)
 TEST_P(Tint, EqualsTheReference)
 {
     forEachSource(artefact(), [](TestHost& host, const Picture& source, Random& random) {
-        const auto color = [&random] {
+        const auto colour = [&random] {
             return std::uint32_t{random.byte()} << 16 | std::uint32_t{random.byte()} << 8 | random.byte();
         };
         for (int i = 0; i < 3; ++i)
-            expectTint(host, source, color(), color());
+            expectTint(host, source, colour(), colour());
     });
 }
 

@@ -25,9 +25,9 @@ Arguments argumentsOf(const MemoryBlock& samples, const WaveformSettings& settin
             settings.width,
             settings.height,
             settings.outlineWidth,
-            settings.backColor,
-            settings.foreColor,
-            settings.outlineColor,
+            settings.backColour,
+            settings.foreColour,
+            settings.outlineColour,
             settings.bits,
             settings.autoScale};
 }
@@ -255,10 +255,10 @@ TEST_P(Waveform, EqualsTheReference)
                 random.between(0, 2) != 0 ? random.between(1, 60) : random.between(-1, available * 2);
             settings.height = random.between(1, 90);
             settings.outlineWidth = random.oneOf(std::vector<int>{-1, 0, 1, 1, 1, 2, 3, 1000, least, most});
-            const auto color = [&random] { return static_cast<std::uint32_t>(random.between(least, most)); };
-            settings.backColor = color();
-            settings.foreColor = color();
-            settings.outlineColor = color();
+            const auto colour = [&random] { return static_cast<std::uint32_t>(random.between(least, most)); };
+            settings.backColour = colour();
+            settings.foreColour = colour();
+            settings.outlineColour = colour();
             settings.autoScale = random.onceIn(2);
             expectWaveform(host, samples, settings);
             ASSERT_FALSE(HasFailure());
@@ -411,7 +411,7 @@ TEST_P(Waveform, WideOutlinesAreTheHostsLines)
                                                 .width = 23,
                                                 .height = 30,
                                                 .outlineWidth = outlineWidth,
-                                                .outlineColor = 0x010203};
+                                                .outlineColour = 0x010203};
                 const reference::Waveform wanted = *reference::renderWaveform(samples, settings);
                 host.clearCallLog();
                 const Picture got = render(host, host.newMemoryBlock(samples), settings).picture();

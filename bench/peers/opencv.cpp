@@ -71,19 +71,19 @@ Way measuring(const std::string& name, Measure measure)
             [number] { return peers::bytesOf(std::vector<std::int32_t>{*number}); }};
 }
 
-cv::Scalar argbOf(std::uint32_t color)
+cv::Scalar argbOf(std::uint32_t colour)
 {
-    return {255.0, static_cast<double>(color >> 16 & 255), static_cast<double>(color >> 8 & 255),
-            static_cast<double>(color & 255)};
+    return {255.0, static_cast<double>(colour >> 16 & 255), static_cast<double>(colour >> 8 & 255),
+            static_cast<double>(colour & 255)};
 }
 
 /// Pixels of one colour, whatever their alpha.
-void findColor(const cv::Mat& in, cv::Scalar color, cv::Mat& mask)
+void findColor(const cv::Mat& in, cv::Scalar colour, cv::Mat& mask)
 {
-    cv::Scalar lowest = color;
+    cv::Scalar lowest = colour;
     lowest[0] = 0;
-    color[0] = 255;
-    cv::inRange(in, lowest, color, mask);
+    colour[0] = 255;
+    cv::inRange(in, lowest, colour, mask);
 }
 
 std::vector<Way> invert(const Task& task)
@@ -161,11 +161,11 @@ std::vector<Way> sepia(const Task& task)
     return transforming(task, rows);
 }
 
-Way countingColor(const Task& task, std::uint32_t color, bool all)
+Way countingColor(const Task& task, std::uint32_t colour, bool all)
 {
     return measuring("inRange and countNonZero",
-                     [in = pictureOf(task), color = argbOf(color), all, mask = cv::Mat()]() mutable {
-                         findColor(in, color, mask);
+                     [in = pictureOf(task), colour = argbOf(colour), all, mask = cv::Mat()]() mutable {
+                         findColor(in, colour, mask);
                          const int count = cv::countNonZero(mask);
                          return all ? count == static_cast<int>(mask.total()) : count;
                      });
@@ -188,10 +188,10 @@ std::vector<Way> countOneColor(const Task& task)
 
 std::vector<Way> replaceOneColor(const Task& task)
 {
-    return {drawing("inRange and setTo", [in = pictureOf(task), color = argbOf(task.settings["color"]),
+    return {drawing("inRange and setTo", [in = pictureOf(task), colour = argbOf(task.settings["color"]),
                                           replacement = argbOf(task.settings["replacement"]),
                                           mask = cv::Mat()](cv::Mat& out) mutable {
-        findColor(in, color, mask);
+        findColor(in, colour, mask);
         in.copyTo(out);
         out.setTo(replacement, mask);
     })};

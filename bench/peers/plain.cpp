@@ -40,9 +40,9 @@ Word pixelOf(Word r, Word g, Word b)
 }
 
 /// The word of a colour &h00RRGGBB.
-Word wordOf(Word color)
+Word wordOf(Word colour)
 {
-    return __builtin_bswap32(color & 0xFFFFFF) | opaque;
+    return __builtin_bswap32(colour & 0xFFFFFF) | opaque;
 }
 
 const Word* wordsOf(const Bytes& bytes)

@@ -105,7 +105,7 @@ private:
         {
         case Type::Integer:
             return static_cast<std::int32_t>(value);
-        case Type::Color:
+        case Type::Colour:
         case Type::UInt32:
             return static_cast<std::uint32_t>(value);
         default:
@@ -191,10 +191,10 @@ struct DefaultText
 
     std::string operator()(std::uint32_t value) const
     {
-        constexpr int colorDigits = 6;
+        constexpr int colourDigits = 6;
         constexpr int bitsPerDigit = 4;
         std::string digits = "&c";
-        for (int digit = colorDigits - 1; digit >= 0; --digit)
+        for (int digit = colourDigits - 1; digit >= 0; --digit)
             digits += "0123456789ABCDEF"[(value >> (digit * bitsPerDigit)) & 0xF];
         return digits;
     }

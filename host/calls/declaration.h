@@ -19,7 +19,7 @@ enum class Type
     Boolean,
     Integer,
     UInt32,
-    Color,
+    Colour,
     Double,
     String,
     MemoryBlock,
@@ -39,7 +39,7 @@ constexpr std::string_view nameOf(Type type)
         return "integer";
     case Type::UInt32:
         return "UInt32";
-    case Type::Color:
+    case Type::Colour:
         return "color";
     case Type::Double:
         return "double";

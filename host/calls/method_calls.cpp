@@ -39,11 +39,11 @@ struct ConversionCost
     }
     std::optional<int> operator()(std::int32_t) const
     {
-        return among({Type::Integer}, {Type::Double, Type::Color, Type::UInt32});
+        return among({Type::Integer}, {Type::Double, Type::Colour, Type::UInt32});
     }
     std::optional<int> operator()(std::uint32_t) const
     {
-        return among({Type::Color, Type::UInt32}, {Type::Integer, Type::Double});
+        return among({Type::Colour, Type::UInt32}, {Type::Integer, Type::Double});
     }
     std::optional<int> operator()(double) const
     {
@@ -156,7 +156,7 @@ public:
             break;
         case Type::Integer:
         case Type::UInt32:
-        case Type::Color:
+        case Type::Colour:
             slots.push(word(value));
             break;
         case Type::Double:
@@ -204,7 +204,7 @@ private:
         }
         else if (type == Type::Boolean)
             variable.words[0] = value.boolean();
-        else if (type == Type::Integer || type == Type::UInt32 || type == Type::Color)
+        else if (type == Type::Integer || type == Type::UInt32 || type == Type::Colour)
             variable.words[0] = word(value);
         else
         {
@@ -221,7 +221,7 @@ private:
     {
         if (const auto* integer = std::get_if<std::int32_t>(&value.held()))
             return static_cast<std::uint32_t>(*integer);
-        return value.color();
+        return value.colour();
     }
 
     static double number(const Value& value)
@@ -332,7 +332,7 @@ Value Core::takeResult(Type type, std::uint32_t word, double number)
 {
     // Only the low byte of a boolean is defined, and only the three channels of a colour are looked at.
     constexpr std::uint32_t byteMask = 0xFF;
-    constexpr std::uint32_t colorMask = 0xFFFFFF;
+    constexpr std::uint32_t colourMask = 0xFFFFFF;
 
     const auto* handle = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(word));
     switch (type)
@@ -345,8 +345,8 @@ Value Core::takeResult(Type type, std::uint32_t word, double number)
         return static_cast<std::int32_t>(word);
     case Type::UInt32:
         return word;
-    case Type::Color:
-        return word & colorMask;
+    case Type::Colour:
+        return word & colourMask;
     case Type::Double:
         return number;
     case Type::Picture:

@@ -89,7 +89,7 @@ struct GraphicsObject : Object
     }
 
     PictureObject* picture = nullptr; ///< a held reference
-    std::uint32_t foreColor = 0;
+    std::uint32_t foreColour = 0;
     std::int32_t penWidth = 1;
     std::int32_t penHeight = 1;
 };

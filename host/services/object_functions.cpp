@@ -123,7 +123,7 @@ bool setUInt32Property(Core& core, REALobject object, const char* name, std::uin
     auto* graphics = dynamic_cast<GraphicsObject*>(core.expectAny(object, "REALSetPropValueUInt32"));
     if (graphics == nullptr || !sameName(name, "ForeColor"))
         return false;
-    graphics->foreColor = value;
+    graphics->foreColour = value;
     return true;
 }
 

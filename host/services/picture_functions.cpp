@@ -190,9 +190,9 @@ void drawLine(Core& core, REALgraphicsStruct* graphics, std::int32_t x1, std::in
     if (object == nullptr)
         return;
     PictureObject& picture = *object->picture;
-    const Pixel color{static_cast<std::uint8_t>(object->foreColor >> 16),
-                      static_cast<std::uint8_t>(object->foreColor >> 8),
-                      static_cast<std::uint8_t>(object->foreColor), traitsOf(picture.storage).opaqueAlpha};
+    const Pixel colour{static_cast<std::uint8_t>(object->foreColour >> 16),
+                       static_cast<std::uint8_t>(object->foreColour >> 8),
+                       static_cast<std::uint8_t>(object->foreColour), traitsOf(picture.storage).opaqueAlpha};
 
     // One step a pixel along the longer side; only those steps are taken that can touch the picture, since a
     // line may be as long as integers go.
@@ -212,7 +212,7 @@ void drawLine(Core& core, REALgraphicsStruct* graphics, std::int32_t x1, std::in
     {
         const std::int64_t x = x1 + partOf(dx, step, steps);
         const std::int64_t y = y1 + partOf(dy, step, steps);
-        fillRectangle(picture, {x, x + object->penWidth}, {y, y + object->penHeight}, color);
+        fillRectangle(picture, {x, x + object->penWidth}, {y, y + object->penHeight}, colour);
     }
 }
 

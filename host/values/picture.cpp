@@ -221,7 +221,7 @@ std::optional<PixelDifference> firstDifference(const Picture& wanted, const Pict
         {
             Pixel a = wanted.pixel(x, y);
             Pixel b = got.pixel(x, y);
-            if (compare == Compare::Colors)
+            if (compare == Compare::Colours)
                 a.alpha = b.alpha = 0;
             if (a == b)
                 continue;
@@ -232,7 +232,7 @@ std::optional<PixelDifference> firstDifference(const Picture& wanted, const Pict
     return first;
 }
 
-bool sameColors(const Picture& a, const Picture& b)
+bool sameColours(const Picture& a, const Picture& b)
 {
     return a.width() == b.width() && a.height() == b.height() && !firstDifference(a, b);
 }

@@ -95,15 +95,15 @@ struct PixelDifference
 
 enum class Compare
 {
-    Colors,         ///< red, green and blue
-    ColorsAndAlpha, ///< the spare byte too
+    Colours,         ///< red, green and blue
+    ColoursAndAlpha, ///< the spare byte too
 };
 
 /// Compares pixel by pixel, whatever the storages; nothing when all are the same. Throws Error when sizes
 /// differ.
 std::optional<PixelDifference> firstDifference(const Picture& wanted, const Picture& got,
-                                               Compare compare = Compare::Colors);
+                                               Compare compare = Compare::Colours);
 /// Same size and same red, green and blue everywhere.
-bool sameColors(const Picture& a, const Picture& b);
+bool sameColours(const Picture& a, const Picture& b);
 
 } // namespace standin

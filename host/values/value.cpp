@@ -153,7 +153,7 @@ std::int32_t Value::integer() const
     return wantedContent<std::int32_t>(*this, "integer");
 }
 
-std::uint32_t Value::color() const
+std::uint32_t Value::colour() const
 {
     return wantedContent<std::uint32_t>(*this, "color");
 }

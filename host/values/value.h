@@ -122,7 +122,7 @@ public:
     /// Each gives the value, and throws Error when the value is of another type. Handles may be nil.
     bool boolean() const;
     std::int32_t integer() const;
-    std::uint32_t color() const;
+    std::uint32_t colour() const;
     double number() const; ///< a double or an integer
     Picture picture() const;
     MemoryBlock memoryBlock() const;

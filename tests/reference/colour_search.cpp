@@ -6,9 +6,9 @@ namespace reference
 namespace
 {
 
-bool matches(Pixel pixel, std::uint32_t color)
+bool matches(Pixel pixel, std::uint32_t colour)
 {
-    return colorOf(pixel) == (color & 0xFFFFFF);
+    return colourOf(pixel) == (colour & 0xFFFFFF);
 }
 
 /// Cells around a picture of `width` x `height`: one more on every side.
@@ -45,7 +45,7 @@ private:
     std::vector<std::uint8_t> cells;
 };
 
-void markColored(const Picture& source, Rectangle rectangle, int sourceBytes, Grid& marks)
+void markColoured(const Picture& source, Rectangle rectangle, int sourceBytes, Grid& marks)
 {
     const RawRows rows(source, sourceBytes);
     const Area area = clipped(rectangle, source.width, source.height);
@@ -54,8 +54,8 @@ void markColored(const Picture& source, Rectangle rectangle, int sourceBytes, Gr
         for (int j = 0; j < area.columns(); ++j)
         {
             const std::optional<Pixel> pixel = rows.load(k, area.left * 4 + j * sourceBytes);
-            const bool colored = pixel && (pixel->red != pixel->green || pixel->green != pixel->blue);
-            marks.at(area.left + j + 1, area.top + k + 1) = colored;
+            const bool coloured = pixel && (pixel->red != pixel->green || pixel->green != pixel->blue);
+            marks.at(area.left + j + 1, area.top + k + 1) = coloured;
         }
 }
 
@@ -113,11 +113,11 @@ bool growFirst(int width, int height, Grid& marks, Grid& mask)
 
 } // namespace
 
-int countColor(const Picture& source, std::uint32_t color)
+int countColor(const Picture& source, std::uint32_t colour)
 {
     int count = 0;
     for (const Pixel& pixel : source.pixels)
-        count += matches(pixel, color);
+        count += matches(pixel, colour);
     return count;
 }
 
@@ -137,7 +137,7 @@ Picture colorRectangleMask(const Picture& source, Rectangle rectangle, int sourc
 {
     Grid marks(source.width, source.height);
     Grid mask(source.width, source.height);
-    markColored(source, rectangle, sourceBytes, marks);
+    markColoured(source, rectangle, sourceBytes, marks);
     while (growFirst(source.width, source.height, marks, mask))
     {
     }

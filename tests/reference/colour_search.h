@@ -6,7 +6,7 @@ namespace reference
 {
 
 /// CountColorQVR; the top byte of a colour is ignored everywhere.
-int countColor(const Picture& source, std::uint32_t color);
+int countColor(const Picture& source, std::uint32_t colour);
 /// ReplaceColorQVR.
 Picture replaceColor(const Picture& source, std::uint32_t search, std::uint32_t replacement);
 /// ExtractColorQVR.

@@ -6,7 +6,7 @@ namespace reference
 namespace
 {
 
-bool sameColor(const Pixel& a, const Pixel& b)
+bool sameColour(const Pixel& a, const Pixel& b)
 {
     return a.red == b.red && a.green == b.green && a.blue == b.blue;
 }
@@ -40,7 +40,7 @@ private:
 bool sameColumns(const RowCursor& self, int column, const RowCursor& wanted, int from, int width)
 {
     for (int i = from; i < width; ++i)
-        if (!sameColor(self.at(column + i), wanted.at(i)))
+        if (!sameColour(self.at(column + i), wanted.at(i)))
             return false;
     return true;
 }
@@ -59,7 +59,7 @@ std::optional<Position> findPicture(const Picture& self, const Picture& wanted)
         const int startRow = here.row;
         for (int column = 0; column < columns; ++column)
         {
-            if (!sameColor(self.at(column, startRow), key))
+            if (!sameColour(self.at(column, startRow), key))
                 continue;
             if (!sameColumns(here, column, there, 1, wanted.width))
                 continue;
@@ -93,7 +93,7 @@ std::optional<Position> findPictureExhaustively(const Picture& self, const Pictu
             bool matches = true;
             for (int y = 0; matches && y < wanted.height; ++y)
                 for (int x = 0; matches && x < wanted.width; ++x)
-                    matches = sameColor(self.at(left + x, top + y), wanted.at(x, y));
+                    matches = sameColour(self.at(left + x, top + y), wanted.at(x, y));
             if (matches)
                 return Position{left, top};
         }

@@ -34,12 +34,12 @@ std::uint8_t toLevel(double value)
 
 } // namespace
 
-ColorCube identityCube()
+ColourCube identityCube()
 {
-    ColorCube cube;
-    for (int red = 0; red < ColorCube::nodes; ++red)
-        for (int green = 0; green < ColorCube::nodes; ++green)
-            for (int blue = 0; blue < ColorCube::nodes; ++blue)
+    ColourCube cube;
+    for (int red = 0; red < ColourCube::nodes; ++red)
+        for (int green = 0; green < ColourCube::nodes; ++green)
+            for (int blue = 0; blue < ColourCube::nodes; ++blue)
             {
                 cube.at(red, green, blue, 0) = 17 * red;
                 cube.at(red, green, blue, 1) = 17 * green;
@@ -48,7 +48,7 @@ ColorCube identityCube()
     return cube;
 }
 
-double interpolate(const ColorCube& cube, int red, int green, int blue, int component)
+double interpolate(const ColourCube& cube, int red, int green, int blue, int component)
 {
     const AxisPosition r{red};
     const AxisPosition g{green};
@@ -81,7 +81,7 @@ double interpolate(const ColorCube& cube, int red, int green, int blue, int comp
            fb * corner(1, 1, 1);
 }
 
-Picture mapThroughCube(const Picture& source, const ColorCube& cube, const FilterRectangle& rectangle,
+Picture mapThroughCube(const Picture& source, const ColourCube& cube, const FilterRectangle& rectangle,
                        Picture result)
 {
     const FilterBlock block = filterBlock(rectangle, source.width, source.height);

@@ -8,7 +8,7 @@ namespace reference
 {
 
 /// A cube of 18 x 18 x 18 nodes with three levels each, red slowest, as the filter keeps it.
-class ColorCube
+class ColourCube
 {
 public:
     static constexpr int nodes = 18;
@@ -19,20 +19,20 @@ public:
     }
     double at(int red, int green, int blue, int component) const
     {
-        return const_cast<ColorCube*>(this)->at(red, green, blue, component);
+        return const_cast<ColourCube*>(this)->at(red, green, blue, component);
     }
 
     std::vector<double> entries = std::vector<double>(nodes * nodes * nodes * 3);
 };
 
 /// The cube that maps colours to themselves.
-ColorCube identityCube();
+ColourCube identityCube();
 
 /// One component of a colour, interpolated between the nodes around it, not yet a level.
-double interpolate(const ColorCube& cube, int red, int green, int blue, int component);
+double interpolate(const ColourCube& cube, int red, int green, int blue, int component);
 
 /// `result`, a picture of the source's size as the host makes it, with the mapped block in it.
-Picture mapThroughCube(const Picture& source, const ColorCube& cube, const FilterRectangle& rectangle,
+Picture mapThroughCube(const Picture& source, const ColourCube& cube, const FilterRectangle& rectangle,
                        Picture result);
 
 } // namespace reference

@@ -19,8 +19,8 @@ Picture embeddedMask(const Picture& picture, AlphaPlace place, bool swap)
         for (int x = 0; x < picture.width; ++x)
         {
             const std::uint8_t alpha = embeddedAlpha(place, picture.at(x, y).alpha);
-            const auto gray = static_cast<std::uint8_t>(swap ? 255 - alpha : alpha);
-            result.at(x, y) = {gray, gray, gray};
+            const auto grey = static_cast<std::uint8_t>(swap ? 255 - alpha : alpha);
+            result.at(x, y) = {grey, grey, grey};
         }
     return result;
 }

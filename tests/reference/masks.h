@@ -16,7 +16,7 @@ enum class AlphaPlace
 /// The transparency that a stored byte stands for.
 std::uint8_t embeddedAlpha(AlphaPlace place, std::uint8_t stored);
 
-/// The gray picture of the transparency in a picture's pixels; with `swap` turned round.
+/// The grey picture of the transparency in a picture's pixels; with `swap` turned round.
 Picture embeddedMask(const Picture& picture, AlphaPlace place, bool swap);
 
 } // namespace reference

@@ -54,13 +54,13 @@ struct Picture
 };
 
 /// A colour value &h00RRGGBB as an opaque pixel; the top byte is ignored.
-constexpr Pixel pixelOf(std::uint32_t color)
+constexpr Pixel pixelOf(std::uint32_t colour)
 {
-    return {static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
-            static_cast<std::uint8_t>(color), 255};
+    return {static_cast<std::uint8_t>(colour >> 16), static_cast<std::uint8_t>(colour >> 8),
+            static_cast<std::uint8_t>(colour), 255};
 }
 
-constexpr std::uint32_t colorOf(Pixel pixel)
+constexpr std::uint32_t colourOf(Pixel pixel)
 {
     return static_cast<std::uint32_t>(pixel.red << 16 | pixel.green << 8 | pixel.blue);
 }

@@ -27,12 +27,12 @@ bool allPass(const Picture& source, Rectangle rectangle, int sourceBytes, Passes
 
 bool isBlack(const Picture& source, Rectangle rectangle, int sourceBytes)
 {
-    return allPass(source, rectangle, sourceBytes, [](Pixel pixel) { return colorOf(pixel) == 0; });
+    return allPass(source, rectangle, sourceBytes, [](Pixel pixel) { return colourOf(pixel) == 0; });
 }
 
 bool isWhite(const Picture& source, Rectangle rectangle, int sourceBytes)
 {
-    return allPass(source, rectangle, sourceBytes, [](Pixel pixel) { return colorOf(pixel) == 0xFFFFFF; });
+    return allPass(source, rectangle, sourceBytes, [](Pixel pixel) { return colourOf(pixel) == 0xFFFFFF; });
 }
 
 bool isGray(const Picture& source, std::int32_t tolerance, Rectangle rectangle, int sourceBytes)

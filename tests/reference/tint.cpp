@@ -8,9 +8,9 @@ namespace reference
 namespace
 {
 
-double weight(std::uint32_t color, int shift)
+double weight(std::uint32_t colour, int shift)
 {
-    return static_cast<double>(color >> shift & 255) / 255.0;
+    return static_cast<double>(colour >> shift & 255) / 255.0;
 }
 
 std::uint8_t tinted(double grey, double weight)

@@ -13,12 +13,12 @@ namespace
 
 constexpr int largestSide = 32767;
 
-struct Color
+struct Colour
 {
-    explicit Color(std::uint32_t color)
-        : red(static_cast<int>(color >> 16 & 255)),
-          green(static_cast<int>(color >> 8 & 255)),
-          blue(static_cast<int>(color & 255))
+    explicit Colour(std::uint32_t colour)
+        : red(static_cast<int>(colour >> 16 & 255)),
+          green(static_cast<int>(colour >> 8 & 255)),
+          blue(static_cast<int>(colour & 255))
     {
     }
 
@@ -52,7 +52,7 @@ int sixteenBits(int value)
 class OutlinePen
 {
 public:
-    OutlinePen(Picture& target, Color outline) : picture(target), color(outline)
+    OutlinePen(Picture& target, Colour outline) : picture(target), colour(outline)
     {
     }
 
@@ -144,12 +144,12 @@ private:
         const auto mixed = [weight](int before, int outline) {
             return static_cast<std::uint8_t>((before * weight + outline * (255 - weight)) / 255);
         };
-        picture.at(x, y) = {mixed(old.red, color.red), mixed(old.blue, color.green),
-                            mixed(old.green, color.blue)};
+        picture.at(x, y) = {mixed(old.red, colour.red), mixed(old.blue, colour.green),
+                            mixed(old.green, colour.blue)};
     }
 
     Picture& picture;
-    Color color;
+    Colour colour;
 };
 
 int sampleAt(std::span<const std::uint8_t> samples, int index, int bits)
@@ -247,13 +247,13 @@ std::optional<Waveform> renderWaveform(std::span<const std::uint8_t> samples,
             value = value * rows / range;
 
     Picture picture{columns, rows};
-    const Pixel back = Color{settings.backColor}.pixel();
+    const Pixel back = Colour{settings.backColour}.pixel();
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < columns; ++x)
             picture.at(x, y) = back;
 
     const int centre = rows / 2;
-    const Pixel fore = Color{settings.foreColor}.pixel();
+    const Pixel fore = Colour{settings.foreColour}.pixel();
     const auto rowOf = [centre](const std::vector<double>& values, int x) {
         return truncated(values[static_cast<std::size_t>(x)] + centre);
     };
@@ -267,7 +267,7 @@ std::optional<Waveform> renderWaveform(std::span<const std::uint8_t> samples,
                 picture.at(x, y) = fore;
         }
 
-    OutlinePen pen{picture, Color{settings.outlineColor}};
+    OutlinePen pen{picture, Colour{settings.outlineColour}};
     const int half = settings.outlineWidth / 2;
     int previousX = 0;
     int previousNegative = centre;

@@ -17,9 +17,9 @@ struct WaveformSettings
     int width = 0;
     int height = 0;
     int outlineWidth = 0;
-    std::uint32_t backColor = 0x88B5C4;
-    std::uint32_t foreColor = 0x274C5A;
-    std::uint32_t outlineColor = 0x203F4E;
+    std::uint32_t backColour = 0x88B5C4;
+    std::uint32_t foreColour = 0x274C5A;
+    std::uint32_t outlineColour = 0x203F4E;
     int bits = 8;
     bool autoScale = false;
 };
