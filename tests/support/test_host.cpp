@@ -3,7 +3,21 @@
 #include "tests/reference/picture.h"
 
 #include <algorithm>
+#include <exception>
 #include <stdexcept>
+
+namespace
+{
+
+/// The beginning of what a ledger tells: hundreds of pictures may be outstanding, all for one reason.
+std::string shortText(const standin::Ledger& ledger)
+{
+    constexpr std::size_t most = 300;
+    const std::string text = ledger.describe();
+    return text.size() <= most ? text : text.substr(0, most) + " ...";
+}
+
+} // namespace
 
 HostSetup HostSetup::version(double hostVersion) const
 {
@@ -93,8 +107,11 @@ TestHost::TestHost(const HostSetup& setup, SourceLine line)
 
 TestHost::~TestHost()
 {
-    if (!ledgerIgnored)
-        expectBalanced("at the end");
+    // A test that has ended early has said what is wrong.
+    if (ledgerIgnored || std::uncaught_exceptions() > 0)
+        return;
+    const standin::Ledger now = ledger();
+    EXPECT_TRUE(now.balanced()) << "at the end: " << shortText(now);
 }
 
 standin::Storage TestHost::newStorage() const
@@ -105,7 +122,7 @@ standin::Storage TestHost::newStorage() const
 void TestHost::expectBalanced(const std::string& when) const
 {
     const standin::Ledger now = ledger();
-    EXPECT_TRUE(now.balanced()) << when << ": " << now.describe();
+    ASSERT_TRUE(now.balanced()) << when << ": " << shortText(now);
 }
 
 std::vector<std::string> TestHost::callNames() const
