@@ -279,7 +279,7 @@ struct WordsRun
         const uint8_t* pixels = run.sources[0];
         if (Format::code == PixelFormatARGB32 && reinterpret_cast<uintptr_t>(pixels) % 4 == 0)
         {
-            function(reinterpret_cast<const uint32_t*>(pixels), run.count, run.row, run.column);
+            function(reinterpret_cast<const uint32_t*>(pixels), run.count);
             return true;
         }
         uint32_t words[bufferedWords];
@@ -288,7 +288,7 @@ struct WordsRun
             const int32_t count = minimum(bufferedWords, run.count - done);
             for (int32_t i = 0; i < count; ++i)
                 words[i] = Format::toArgb(loadFrom<uint32_t>(pixels + (done + i) * 4));
-            function(words, count, run.row, run.column + done);
+            function(words, count);
         }
         return true;
     }
@@ -390,9 +390,8 @@ int32_t findPixel(const PictureReader& reader, int32_t row, int32_t column, cons
     return column + found;
 }
 
-/// Calls `function(words, count, row, column)` for the pixels of the block, as many at a time as lie side by
-/// side: `words` are aligned, in `ARGB32` with anything as alpha, and start at that row of the picture and
-/// that column of the block.
+/// Calls `function(words, count)` for the pixels of the block, as many at a time as lie side by side; the
+/// words are aligned, and in `ARGB32` with anything as alpha.
 template <class Function>
 void forEachWords(const PictureReader& reader, const Block& block, const Function& function)
 {

@@ -113,17 +113,16 @@ void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REA
 
     Histograms histograms;
     libc::memset(&histograms, 0, sizeof histograms);
-    forEachWords(reader, wholeBlock(reader),
-                 [&histograms](const uint32_t* words, int32_t count, int32_t, int32_t) {
-                     int32_t index = 0;
-                     for (; index + 2 <= count; index += 2)
-                     {
-                         histograms.count(0, words[index]);
-                         histograms.count(1, words[index + 1]);
-                     }
-                     if (index < count)
-                         histograms.count(0, words[index]);
-                 });
+    forEachWords(reader, wholeBlock(reader), [&histograms](const uint32_t* words, int32_t count) {
+        int32_t index = 0;
+        for (; index + 2 <= count; index += 2)
+        {
+            histograms.count(0, words[index]);
+            histograms.count(1, words[index + 1]);
+        }
+        if (index < count)
+            histograms.count(0, words[index]);
+    });
 
     addCounters(redData, histograms.red);
     // Deliberately crosswise: scripts rely on the blocks declared blue and green receiving each other's
