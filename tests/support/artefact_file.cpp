@@ -85,3 +85,12 @@ std::vector<Function> disassemble(standin::Artefact artefact)
         throw std::runtime_error("no functions in " + binaryOf(artefact));
     return functions;
 }
+
+std::uint32_t addressOf(standin::Artefact artefact, const std::string& symbol)
+{
+    const std::string mangled = (artefact == standin::Artefact::MacBundle ? "_" : "") + symbol;
+    for (const Row& row : wordsOf("llvm-nm-14 --format=posix " + binaryOf(artefact)))
+        if (row.size() > 2 && row[0] == mangled)
+            return static_cast<std::uint32_t>(std::stoul(row[2], nullptr, 16));
+    throw std::runtime_error("no symbol " + mangled + " in " + binaryOf(artefact));
+}

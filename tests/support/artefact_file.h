@@ -43,3 +43,6 @@ struct Function
 
 /// All functions of the file, by its symbol table.
 std::vector<Function> disassemble(standin::Artefact artefact);
+
+/// The address of a symbol of C in the file's own numbering.
+std::uint32_t addressOf(standin::Artefact artefact, const std::string& symbol);
