@@ -97,23 +97,24 @@ Table::Table(Style tableStyle, const std::vector<int>& laneLimits, bool withPeer
 {
     constexpr int speedWidth = 13;
     constexpr int ratioWidth = 13;
-    columns = {{"row", nameWidth}, {"memcpy", speedWidth}};
+    columns = {{"row", nameWidth, "row"}, {"memcpy", speedWidth, "memcpy"}};
     for (const int lanes : laneLimits)
     {
-        columns.push_back({std::to_string(lanes) + " lanes", speedWidth});
-        columns.push_back({"x memcpy", ratioWidth});
+        const std::string title = std::to_string(lanes) + " lanes";
+        columns.push_back({title, speedWidth, title});
+        columns.push_back({"x memcpy", ratioWidth, "x memcpy"});
     }
     if (peers)
     {
-        columns.push_back({"fastest peer", 34});
-        columns.push_back({"speed", speedWidth});
-        columns.push_back({"x memcpy", ratioWidth});
+        columns.push_back({"fastest peer", 34, "fastest peer"});
+        columns.push_back({"speed", speedWidth, ""});
+        columns.push_back({"x memcpy", ratioWidth, "x memcpy"});
         for (const int lanes : laneLimits)
-            columns.push_back({std::to_string(lanes) + " lanes ahead", ratioWidth});
-        columns.push_back({"plain C++", speedWidth});
-        columns.push_back({"x memcpy", ratioWidth});
+            columns.push_back({std::to_string(lanes) + " lanes ahead", ratioWidth, ""});
+        columns.push_back({"plain C++", speedWidth, ""});
+        columns.push_back({"x memcpy", ratioWidth, "plain C++ x memcpy"});
     }
-    columns.push_back({"notes", 0});
+    columns.push_back({"notes", 0, "notes"});
 }
 
 void Table::printCells(const std::vector<std::string>& cells) const
@@ -123,7 +124,7 @@ void Table::printCells(const std::vector<std::string>& cells) const
     {
         const std::string text = index < cells.size() ? cells[index] : "";
         if (style == Style::Markdown)
-            line += "| " + text + " ";
+            line += columns[index].markdownTitle.empty() ? "" : "| " + text + " ";
         else
         {
             const auto width = static_cast<std::size_t>(columns[index].width);
@@ -146,7 +147,7 @@ void Table::printHead() const
     std::vector<std::string> rulers;
     for (const Column& column : columns)
     {
-        titles.push_back(column.title);
+        titles.push_back(style == Style::Markdown ? column.markdownTitle : column.title);
         rulers.emplace_back("---");
     }
     printCells(titles);
@@ -213,8 +214,7 @@ std::vector<std::string> Table::notes(const Row& row, const Result& result) cons
             texts.push_back(
                 cell(result.plugIn[index].timing.ratio.best / whole->second.plugIn[index].timing.ratio.best,
                      plainWidth, 2) +
-                " x the ratio of " + row.whole + " with " + std::to_string(result.plugIn[index].lanes) +
-                " lanes");
+                " x " + row.whole + " (" + std::to_string(result.plugIn[index].lanes) + " lanes)");
     constexpr int fewRounds = 3;
     if (result.memcpy.rounds < fewRounds)
         texts.push_back(std::to_string(result.memcpy.rounds) +

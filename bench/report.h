@@ -71,6 +71,7 @@ private:
     {
         std::string title;
         int width;
+        std::string markdownTitle; ///< empty: left out there, where width is dear
     };
 
     void printCells(const std::vector<std::string>& cells) const;
