@@ -33,8 +33,8 @@ std::optional<std::size_t> fileNumber(const std::string& name)
 std::size_t highestFileNumber(const CallText& text)
 {
     std::size_t highest = 0;
-    const auto look = [&](const Literal& literal) {
-        if (const auto* file = std::get_if<FileName>(&literal))
+    const auto look = [&](const Term& term) {
+        if (const auto* file = std::get_if<FileName>(&term))
             highest = std::max(highest, fileNumber(file->name).value_or(0));
     };
     std::for_each(text.arguments.begin(), text.arguments.end(), look);
@@ -78,7 +78,7 @@ void printVariables(const MethodCall& call, std::vector<std::string> saves)
         });
         if (wanted == saves.end())
         {
-            std::cout << variable.name << " = " << valueText(variable.value) << "\n";
+            std::cout << variable.name << " = " << variable.value.describe() << "\n";
             continue;
         }
         const standin::MemoryBlock block = variable.value.memoryBlock();
@@ -105,7 +105,7 @@ void deliver(const MethodCall& call, const Value& result, const standin::Picture
     if (type == Type::String)
         return standin::writeFile(files.output, bytesOf(result.string().bytes()));
     if (type != Type::Nothing)
-        std::cout << valueText(result) << "\n";
+        std::cout << result.describe() << "\n";
     // A method without a picture to give may have changed its own.
     if (!files.output.empty())
         save(receiver, files.output, alpha);

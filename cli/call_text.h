@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "host/calls/scanner.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,17 +23,15 @@ struct VariableName
     std::string name;
 };
 
-/// What can stand for an argument: nil, a boolean, an integer, a colour or other hexadecimal number, a
-/// double, a text, a file or a variable.
-using Literal = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double, std::string, FileName,
-                             VariableName>;
+/// What can stand for an argument: a literal, a text, a file or a variable.
+using Term = std::variant<standin::Literal, std::string, FileName, VariableName>;
 
 /// A call as a user of the host's language writes it, taken apart.
 struct CallText
 {
     std::string name;
-    std::vector<Literal> arguments;
-    std::optional<Literal> assigned; ///< what stands behind "="
+    std::vector<Term> arguments;
+    std::optional<Term> assigned; ///< what stands behind "="
 };
 
 /// Takes apart "Name", "Name(1, -2.5, &hFF, &c88B5C4, true, nil, "text", @file.png, @"a, b.png", x)" and

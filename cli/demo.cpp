@@ -345,13 +345,13 @@ private:
         card.set("caption", sample.caption);
         data values{data::type::list};
         if (type != Type::Picture && type != Type::Nothing)
-            values << data{"value", valueText(result)};
+            values << data{"value", result.describe()};
         std::vector<standin::MemoryBlock> blocks;
         for (const Variable& variable : call.variables())
             if (std::holds_alternative<standin::MemoryBlock>(variable.value.held()))
                 blocks.push_back(variable.value.memoryBlock());
             else
-                values << data{"value", variable.name + " = " + valueText(variable.value)};
+                values << data{"value", variable.name + " = " + variable.value.describe()};
         card.set("values", values);
         if (!blocks.empty())
             card.set("chart", histogramChart(blocks));

@@ -86,7 +86,7 @@ void printText(const standin::Registered& registered)
 
 ordered_json jsonOf(const standin::RegisteredMethod& method)
 {
-    const auto defaultOf = [](const standin::Default& value) {
+    const auto defaultOf = [](const standin::Literal& value) {
         return std::visit([](auto content) { return ordered_json(content); }, value);
     };
     ordered_json parameters = ordered_json::array();

@@ -1,12 +1,13 @@
 #include "cli/method_call.h"
 
+#include "host/calls/overloads.h"
+
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 namespace cli
 {
 
+using standin::ArgumentForm;
 using standin::Error;
 using standin::Type;
 using standin::Value;
@@ -14,78 +15,40 @@ using standin::Value;
 namespace
 {
 
-bool isHandle(Type type)
+ArgumentForm formOf(const Term& term)
 {
-    return type == Type::Picture || type == Type::MemoryBlock || type == Type::String;
+    struct Visitor
+    {
+        ArgumentForm operator()(const standin::Literal& literal) const
+        {
+            return standin::formOf(literal);
+        }
+        ArgumentForm operator()(const std::string& text) const
+        {
+            return standin::formOf(Value(text));
+        }
+        ArgumentForm operator()(const FileName&) const
+        {
+            return standin::formOfObject();
+        }
+        ArgumentForm operator()(const VariableName&) const
+        {
+            return standin::formOfNewVariable();
+        }
+    };
+    return std::visit(Visitor(), term);
 }
 
-/// Whether a literal can stand where a type is declared.
-struct FitsType
+/// A byref parameter takes values too, each in a variable of its own.
+std::vector<ArgumentForm> formsOf(const std::vector<Term>& terms)
 {
-    Type type;
-
-    bool operator()(std::nullptr_t) const
+    std::vector<ArgumentForm> forms;
+    for (const Term& term : terms)
     {
-        return isHandle(type);
+        forms.push_back(formOf(term));
+        forms.back().byReference = true;
     }
-    bool operator()(bool) const
-    {
-        return type == Type::Boolean;
-    }
-    bool operator()(std::int32_t) const
-    {
-        return type == Type::Integer || type == Type::UInt32 || type == Type::Colour || type == Type::Double;
-    }
-    bool operator()(std::uint32_t) const
-    {
-        return (*this)(std::int32_t{});
-    }
-    bool operator()(double) const
-    {
-        return type == Type::Double;
-    }
-    bool operator()(const std::string&) const
-    {
-        return type == Type::String;
-    }
-    bool operator()(const FileName&) const
-    {
-        return isHandle(type);
-    }
-    bool operator()(const VariableName&) const
-    {
-        return false;
-    }
-};
-
-bool fits(const Literal& literal, Type type)
-{
-    return std::visit(FitsType{type}, literal);
-}
-
-bool fits(const CallText& text, const standin::Declaration& declaration)
-{
-    const auto& parameters = declaration.parameters;
-    return text.arguments.size() >= declaration.requiredCount() &&
-           text.arguments.size() <= parameters.size() &&
-           std::equal(text.arguments.begin(), text.arguments.end(), parameters.begin(),
-                      [](const Literal& literal, const standin::Parameter& parameter) {
-                          return fits(literal, parameter.type) ||
-                                 (parameter.byref && std::holds_alternative<VariableName>(literal));
-                      });
-}
-
-const standin::RegisteredMethod& choose(const std::vector<const standin::RegisteredMethod*>& overloads,
-                                        const CallText& text)
-{
-    const auto found = std::find_if(overloads.begin(), overloads.end(),
-                                    [&](const auto* method) { return fits(text, method->declaration); });
-    if (found != overloads.end())
-        return **found;
-    std::string choices;
-    for (const auto* method : overloads)
-        choices += (choices.empty() ? "" : " or ") + method->declaration.parameterText();
-    throw Error(overloads.front()->declaration.name + " takes " + choices);
+    return forms;
 }
 
 /// What a variable holds that nothing was assigned to.
@@ -114,33 +77,26 @@ Value checked(Value result)
     return result;
 }
 
-std::string numberText(double number)
-{
-    constexpr std::size_t longestDouble = 32;
-    std::array<char, longestDouble> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
-}
-
 } // namespace
 
 MethodCall::MethodCall(const std::vector<const standin::RegisteredMethod*>& overloads, const CallText& text,
                        const FileReader& read)
-    : chosen(&choose(overloads, text))
+    : chosen(&standin::chooseOverload(overloads, text.name, formsOf(text.arguments)))
 {
     const standin::Declaration& declaration = chosen->declaration;
     for (std::size_t index = 0; index < text.arguments.size(); ++index)
     {
-        const Literal& literal = text.arguments[index];
+        const Term& term = text.arguments[index];
         const standin::Parameter& parameter = declaration.parameters[index];
         if (!parameter.byref)
         {
-            arguments.push_back(valueOf(literal, parameter.type, read));
+            arguments.push_back(valueOf(term, parameter.type, read));
             continue;
         }
-        const auto* name = std::get_if<VariableName>(&literal);
+        const auto* name = std::get_if<VariableName>(&term);
         Variable& variable = byrefs.emplace_back(
             name != nullptr ? Variable{name->name, initialValue(parameter.type)}
-                            : Variable{parameter.name, valueOf(literal, parameter.type, read)});
+                            : Variable{parameter.name, valueOf(term, parameter.type, read)});
         arguments.emplace_back(standin::byref(variable.value));
     }
     if (!text.assigned)
@@ -170,25 +126,20 @@ Value MethodCall::global(standin::Host& host) const
     return checked(host.callGlobal(chosen->declaration.name, arguments));
 }
 
-Value valueOf(const Literal& literal, Type type, const FileReader& read)
+Value valueOf(const Term& term, Type type, const FileReader& read)
 {
-    if (!fits(literal, type))
+    const ArgumentForm form = formOf(term);
+    if (!form.byValue || !form.cost(type))
     {
-        const auto* variable = std::get_if<VariableName>(&literal);
+        const auto* variable = std::get_if<VariableName>(&term);
         throw Error(variable != nullptr ? "\"" + variable->name + "\" is no value"
                                         : "a value of type " + std::string(nameOf(type)) + " is needed");
     }
-    return std::visit(
-        [&](const auto& content) -> Value {
-            using Content = std::decay_t<decltype(content)>;
-            if constexpr (std::is_same_v<Content, FileName>)
-                return read(content.name, type);
-            else if constexpr (std::is_same_v<Content, VariableName>)
-                return nullptr;
-            else
-                return content;
-        },
-        literal);
+    if (const auto* file = std::get_if<FileName>(&term))
+        return read(file->name, type);
+    if (const auto* text = std::get_if<std::string>(&term))
+        return *text;
+    return std::visit([](auto content) { return Value(content); }, std::get<standin::Literal>(term));
 }
 
 void assignTo(standin::Instance& instance, const CallText& text, const FileReader& read)
@@ -210,12 +161,6 @@ void assignTo(standin::Instance& instance, const CallText& text, const FileReade
         throw Error(property->name + " takes no arguments");
     const Type type = standin::parseDeclaration(property->name + " as " + property->type).result;
     instance.set(property->name, valueOf(*text.assigned, type, read));
-}
-
-std::string valueText(const Value& value)
-{
-    const auto* number = std::get_if<double>(&value.held());
-    return number != nullptr ? numberText(*number) : value.describe();
 }
 
 } // namespace cli

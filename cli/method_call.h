@@ -29,8 +29,8 @@ struct Variable
 class MethodCall
 {
 public:
-    /// Chooses the first of the overloads that the arguments fit. Throws standin::Error when there is none,
-    /// naming what would fit, and passes on what `read` throws.
+    /// Chooses the overload as the host does. Throws standin::Error when none fits, naming what would, and
+    /// passes on what `read` throws.
     MethodCall(const std::vector<const standin::RegisteredMethod*>& overloads, const CallText& text,
                const FileReader& read);
 
@@ -60,13 +60,10 @@ private:
     std::optional<standin::Value> assigned;
 };
 
-/// The value of a literal where `type` is declared. Throws standin::Error when it cannot stand there.
-standin::Value valueOf(const Literal& literal, standin::Type type, const FileReader& read);
+/// The value of a term where `type` is declared. Throws standin::Error when it cannot stand there.
+standin::Value valueOf(const Term& term, standin::Type type, const FileReader& read);
 
 /// Sets what "Property = value" or "Method(arguments) = value" names.
 void assignTo(standin::Instance& instance, const CallText& text, const FileReader& read);
-
-/// A value as it is shown to the user; doubles with as many digits as tell them from all others.
-std::string valueText(const standin::Value& value);
 
 } // namespace cli

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <unistd.h>
 
 namespace
@@ -59,10 +60,10 @@ TEST(HostDeclaration, IsTakenApart)
     EXPECT_TRUE(declaration.parameters[1].byref);
     EXPECT_EQ(declaration.parameters[1].name, "B");
     EXPECT_EQ(declaration.parameters[1].type, Type::MemoryBlock);
-    EXPECT_EQ(declaration.parameters[2].defaultValue, standin::Default(0x88B5C4U));
-    EXPECT_EQ(declaration.parameters[3].defaultValue, standin::Default(false));
-    EXPECT_EQ(declaration.parameters[4].defaultValue, standin::Default(-1.5));
-    EXPECT_EQ(declaration.parameters[5].defaultValue, standin::Default(nullptr));
+    EXPECT_EQ(declaration.parameters[2].defaultValue, standin::Literal(0x88B5C4U));
+    EXPECT_EQ(declaration.parameters[3].defaultValue, standin::Literal(false));
+    EXPECT_EQ(declaration.parameters[4].defaultValue, standin::Literal(-1.5));
+    EXPECT_EQ(declaration.parameters[5].defaultValue, standin::Literal(nullptr));
 }
 
 TEST(HostDeclaration, NeedsNeitherParametersNorResult)
@@ -87,6 +88,47 @@ TEST(HostDeclaration, SaysWhereItIsWrong)
     EXPECT_THAT(errorOf([] { standin::parseDeclaration("F(a integer)"); }), HasSubstr("expected \"as\""));
     EXPECT_THAT(errorOf([] { standin::parseDeclaration("F(a as integer"); }), HasSubstr("\",\" or \")\""));
     EXPECT_THAT(errorOf([] { standin::parseDeclaration(""); }), HasSubstr("a name"));
+}
+
+// Names and values
+
+TEST(HostNames, LeadBackToTheirValues)
+{
+    std::set<std::string> names;
+    for (const Storage storage : standin::all<Storage>)
+    {
+        names.emplace(nameOf(storage));
+        EXPECT_EQ(standin::valueNamed<Storage>(nameOf(storage)), storage);
+    }
+    EXPECT_EQ(names.size(), standin::all<Storage>.size()) << "two storages have one name";
+    EXPECT_EQ(standin::valueNamed<standin::Artefact>("MAC"), standin::Artefact::MacBundle);
+    EXPECT_EQ(errorOf([] { standin::valueNamed<standin::Kind>("fridge"); }),
+              "\"fridge\" is none of desktop, console, web or unknown");
+}
+
+TEST(HostNames, EveryStorageKeepsWhatItsBytesCanHold)
+{
+    for (const Storage storage : standin::all<Storage>)
+    {
+        std::uint8_t bytes[4]{};
+        storePixel(storage, bytes, {255, 255, 255, 7});
+        const std::uint8_t alpha = traitsOf(storage).hasSpareByte ? 7 : 255;
+        EXPECT_TRUE(loadPixel(storage, bytes) == (standin::Pixel{255, 255, 255, alpha})) << nameOf(storage);
+        storePixel(storage, bytes, {0, 0, 0, 9});
+        EXPECT_EQ(loadPixel(storage, bytes).red, 0) << nameOf(storage);
+    }
+}
+
+TEST(HostValue, IsWrittenAsInTheLanguage)
+{
+    const auto text = [](const standin::Value& value) { return value.describe(); };
+    EXPECT_EQ(text(nullptr), "nil");
+    EXPECT_EQ(text(true), "true");
+    EXPECT_EQ(text(-12), "-12");
+    EXPECT_EQ(text(0x0A0B0CU), "&c0A0B0C");
+    EXPECT_EQ(text(0xFF000000U), "&hFF000000");
+    EXPECT_EQ(text(0.1), "0.1");
+    EXPECT_EQ(text("a, b"), "\"a, b\"");
 }
 
 // A host without plug-in, and handlers that misbehave

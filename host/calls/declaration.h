@@ -1,12 +1,12 @@
 #pragma once
 
+#include "host/calls/scanner.h"
 #include "host/names.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 namespace standin
@@ -53,15 +53,12 @@ constexpr std::string_view nameOf(Type type)
     return {};
 }
 
-/// A default value: nil, a boolean, an integer, a colour (unsigned) or a double.
-using Default = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double>;
-
 struct Parameter
 {
     std::string name;
     Type type = Type::Integer;
     bool byref = false;
-    std::optional<Default> defaultValue;
+    std::optional<Literal> defaultValue;
 };
 
 /// One method declaration, taken apart.

@@ -1,6 +1,7 @@
 /// \file
 /// Calls of the plug-in's methods and accessors by declaration.
 #include "host/calls/cdecl_call.h"
+#include "host/calls/overloads.h"
 #include "host/core/core.h"
 #include "host/error.h"
 #include "host/services/service_call.h"
@@ -14,115 +15,20 @@ namespace standin
 namespace
 {
 
-/// Whether a value can stand where a type is declared: 0 as it is, 1 after conversion; nothing: not at all.
-struct ConversionCost
+std::vector<ArgumentForm> formsOf(const Arguments& arguments)
 {
-    Type type;
-
-    std::optional<int> among(std::initializer_list<Type> exact,
-                             std::initializer_list<Type> converted = {}) const
-    {
-        if (std::find(exact.begin(), exact.end(), type) != exact.end())
-            return 0;
-        if (std::find(converted.begin(), converted.end(), type) != converted.end())
-            return 1;
-        return std::nullopt;
-    }
-
-    std::optional<int> operator()(std::nullptr_t) const
-    {
-        return among({Type::Picture, Type::MemoryBlock, Type::String});
-    }
-    std::optional<int> operator()(bool) const
-    {
-        return among({Type::Boolean});
-    }
-    std::optional<int> operator()(std::int32_t) const
-    {
-        return among({Type::Integer}, {Type::Double, Type::Colour, Type::UInt32});
-    }
-    std::optional<int> operator()(std::uint32_t) const
-    {
-        return among({Type::Colour, Type::UInt32}, {Type::Integer, Type::Double});
-    }
-    std::optional<int> operator()(double) const
-    {
-        return among({Type::Double});
-    }
-    std::optional<int> operator()(const std::string&) const
-    {
-        return among({Type::String});
-    }
-    std::optional<int> operator()(const Picture&) const
-    {
-        return among({Type::Picture});
-    }
-    std::optional<int> operator()(const MemoryBlock&) const
-    {
-        return among({Type::MemoryBlock});
-    }
-    std::optional<int> operator()(const String&) const
-    {
-        return among({Type::String});
-    }
-    std::optional<int> operator()(VariableArgument) const
-    {
-        return std::nullopt;
-    }
-};
-
-std::optional<int> argumentCost(const Value& value, const Parameter& parameter)
-{
-    const auto* variable = std::get_if<VariableArgument>(&value.held());
-    if (parameter.byref != (variable != nullptr))
-        return std::nullopt;
-    return std::visit(ConversionCost{parameter.type},
-                      parameter.byref ? variable->variable->held() : value.held());
+    std::vector<ArgumentForm> forms;
+    for (const Value& argument : arguments)
+        forms.push_back(formOf(argument));
+    return forms;
 }
 
-std::optional<int> callCost(const Declaration& declaration, const Arguments& arguments)
+/// Throws Error when a value cannot be assigned to what is called `name`.
+void checkAssignable(const std::string& name, Type type, const Value& value)
 {
-    if (arguments.size() > declaration.parameters.size())
-        return std::nullopt;
-    int total = 0;
-    for (std::size_t index = 0; index < declaration.parameters.size(); ++index)
-    {
-        const Parameter& parameter = declaration.parameters[index];
-        if (index >= arguments.size())
-        {
-            if (!parameter.defaultValue)
-                return std::nullopt;
-            continue;
-        }
-        const std::optional<int> cost = argumentCost(arguments[index], parameter);
-        if (!cost)
-            return std::nullopt;
-        total += *cost;
-    }
-    return total;
-}
-
-const RegisteredMethod& chooseOverload(const std::vector<const RegisteredMethod*>& overloads,
-                                       std::string_view name, const Arguments& arguments)
-{
-    const RegisteredMethod* best = nullptr;
-    int bestCost = 0;
-    std::string choices;
-    for (const RegisteredMethod* method : overloads)
-    {
-        const std::optional<int> cost = callCost(method->declaration, arguments);
-        if (cost && (best == nullptr || *cost < bestCost))
-        {
-            best = method;
-            bestCost = *cost;
-        }
-        choices += (choices.empty() ? "" : " or ") + method->declaration.parameterText();
-    }
-    if (best != nullptr)
-        return *best;
-    if (overloads.empty())
-        throw Error("there is no method " + std::string(name));
-    throw Error(overloads.front()->declaration.name + " takes " + choices);
+    const ArgumentForm form = formOf(value);
+    if (!form.byValue || !form.cost(type))
+        throw Error(name + " takes a value of type " + std::string(nameOf(type)));
 }
 
 /// The arguments of one call, and what they need for as long as it runs.
@@ -142,7 +48,7 @@ public:
             pushVariable(*variable->variable, parameter.type);
     }
 
-    void pushDefault(const Default& value, Type type)
+    void pushDefault(const Literal& value, Type type)
     {
         pushPlain(std::visit([](auto content) { return Value(content); }, value), type);
     }
@@ -270,18 +176,17 @@ Type propertyType(const RegisteredProperty& property)
 Value Core::callMethod(const std::vector<const RegisteredMethod*>& overloads, std::string_view name,
                        Self self, const Arguments& arguments)
 {
-    return invoke(chooseOverload(overloads, name, arguments), self, arguments, nullptr);
+    return invoke(chooseOverload(overloads, name, formsOf(arguments)), self, arguments, nullptr);
 }
 
 Value Core::assignMethod(const std::vector<const RegisteredMethod*>& overloads, std::string_view name,
                          Self self, const Arguments& arguments, const Value& value)
 {
-    const RegisteredMethod& method = chooseOverload(overloads, name, arguments);
+    const RegisteredMethod& method = chooseOverload(overloads, name, formsOf(arguments));
     if (method.setter == nullptr)
         throw Error(method.declaration.name + " cannot be assigned to");
     const Type type = method.declaration.result;
-    if (!std::visit(ConversionCost{type}, value.held()))
-        throw Error(method.declaration.name + " takes a value of type " + std::string(standin::nameOf(type)));
+    checkAssignable(method.declaration.name, type, value);
     return invoke(method, self, arguments, &value);
 }
 
@@ -429,8 +334,7 @@ void Core::setProperty(InstanceObject& instance, std::string_view name, const Va
 {
     const RegisteredProperty& property = findProperty(instance, name);
     const Type type = propertyType(property);
-    if (!std::visit(ConversionCost{type}, value.held()))
-        throw Error(property.name + " takes a value of type " + std::string(standin::nameOf(type)));
+    checkAssignable(property.name, type, value);
 
     if (!property.isField())
     {

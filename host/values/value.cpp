@@ -2,6 +2,7 @@
 
 #include "host/core/core.h"
 #include "host/error.h"
+#include "host/values/text.h"
 
 #include <cstring>
 
@@ -78,29 +79,10 @@ Value::Content handleContent(Handle handle)
 /// For messages.
 struct Describe
 {
-    std::string operator()(std::nullptr_t) const
+    template <class Plain>
+    std::string operator()(const Plain& value) const
     {
-        return "nil";
-    }
-    std::string operator()(bool value) const
-    {
-        return value ? "true" : "false";
-    }
-    std::string operator()(std::int32_t value) const
-    {
-        return std::to_string(value);
-    }
-    std::string operator()(std::uint32_t value) const
-    {
-        return std::to_string(value);
-    }
-    std::string operator()(double value) const
-    {
-        return std::to_string(value);
-    }
-    std::string operator()(const std::string& value) const
-    {
-        return "\"" + value + "\"";
+        return textOf(value);
     }
     std::string operator()(const Picture& value) const
     {
