@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 namespace standin
 {
@@ -276,11 +277,73 @@ std::uint32_t MachOFile::segmentAddress(std::uint8_t index) const
     return segmentList[index].address;
 }
 
-void MachOFile::checkCount(std::uint32_t count) const
+/// Runs through linking instructions: what both kinds of them say about the place of the next word.
+class MachOFile::Places
 {
-    if (count > extent / wordSize)
-        image.fail("damaged: its linking instructions name more places than there are");
-}
+public:
+    struct Instruction
+    {
+        std::uint8_t opcode;
+        std::uint8_t immediate;
+    };
+
+    Places(const MachOFile& bundle, Part part) : file(bundle), stream(bundle.image, part)
+    {
+    }
+
+    /// Nothing at the end.
+    std::optional<Instruction> next()
+    {
+        if (stream.atEnd())
+            return std::nullopt;
+        const std::uint8_t byte = stream.byte();
+        return Instruction{static_cast<std::uint8_t>(byte & opcodeMask),
+                           static_cast<std::uint8_t>(byte & immediateMask)};
+    }
+
+    // What follows an instruction.
+    std::uint32_t number()
+    {
+        return stream.unsignedNumber();
+    }
+    std::uint32_t signedNumber()
+    {
+        return stream.signedNumber();
+    }
+    std::string text()
+    {
+        return stream.text();
+    }
+
+    void goTo(std::uint8_t segment)
+    {
+        address = file.segmentAddress(segment) + number();
+    }
+    void skip(std::uint32_t size)
+    {
+        address += size;
+    }
+    /// Visits so many words, and leaves `gap` bytes out behind each.
+    template <class Visit>
+    void visit(std::uint32_t count, std::uint32_t gap, Visit visitWord)
+    {
+        if (count > file.extent / wordSize)
+            file.image.fail("damaged: its linking instructions name more places than there are");
+        for (; count > 0; --count, address += wordSize + gap)
+            visitWord(address);
+    }
+    template <class Visit>
+    void visitWithGaps(Visit visitWord)
+    {
+        const std::uint32_t count = number();
+        visit(count, number(), visitWord);
+    }
+
+private:
+    const MachOFile& file;
+    Stream stream;
+    std::uint32_t address = 0;
+};
 
 void MachOFile::forEachRebase(const std::function<void(std::uint32_t address)>& visit) const
 {
@@ -296,47 +359,36 @@ void MachOFile::forEachRebase(const std::function<void(std::uint32_t address)>& 
         rebaseAndAdd = 0x70,
         rebaseTimesSkipping = 0x80
     };
-    std::uint32_t address = 0;
-    const auto rebaseMany = [&](std::uint32_t count, std::uint32_t step) {
-        checkCount(count);
-        for (; count > 0; --count, address += step)
-            visit(address);
-    };
-    Stream stream(image, linkInfo.rebase);
-    while (!stream.atEnd())
+    Places places(*this, linkInfo.rebase);
+    while (const auto instruction = places.next())
     {
-        const std::uint8_t opcode = stream.byte();
-        const std::uint8_t immediate = opcode & immediateMask;
-        switch (opcode & opcodeMask)
+        switch (instruction->opcode)
         {
         case done:
             return;
         case setType:
             break;
         case setSegmentAndOffset:
-            address = segmentAddress(immediate) + stream.unsignedNumber();
+            places.goTo(instruction->immediate);
             break;
         case addAddress:
-            address += stream.unsignedNumber();
+            places.skip(places.number());
             break;
         case addAddressScaled:
-            address += immediate * wordSize;
+            places.skip(instruction->immediate * wordSize);
             break;
         case rebaseImmediateTimes:
-            rebaseMany(immediate, wordSize);
+            places.visit(instruction->immediate, 0, visit);
             break;
         case rebaseTimes:
-            rebaseMany(stream.unsignedNumber(), wordSize);
+            places.visit(places.number(), 0, visit);
             break;
         case rebaseAndAdd:
-            rebaseMany(1, wordSize + stream.unsignedNumber());
+            places.visit(1, places.number(), visit);
             break;
         case rebaseTimesSkipping:
-        {
-            const std::uint32_t count = stream.unsignedNumber();
-            rebaseMany(count, wordSize + stream.unsignedNumber());
+            places.visitWithGaps(visit);
             break;
-        }
         default:
             image.fail("damaged: an unknown rebase instruction");
         }
@@ -367,20 +419,13 @@ void MachOFile::bindPart(Part part, const BindVisitor& visit) const
         bindAndAddScaled = 0xB0,
         bindTimesSkipping = 0xC0
     };
-    std::uint32_t address = 0;
     std::uint32_t addend = 0;
     std::string symbol;
-    const auto bindMany = [&](std::uint32_t count, std::uint32_t step) {
-        checkCount(count);
-        for (; count > 0; --count, address += step)
-            visit(address, symbol, addend);
-    };
-    Stream stream(image, part);
-    while (!stream.atEnd())
+    const auto bindTo = [&](std::uint32_t address) { visit(address, symbol, addend); };
+    Places places(*this, part);
+    while (const auto instruction = places.next())
     {
-        const std::uint8_t opcode = stream.byte();
-        const std::uint8_t immediate = opcode & immediateMask;
-        switch (opcode & opcodeMask)
+        switch (instruction->opcode)
         {
         case done: // ends each symbol of the lazy part, and pads the others
         case setLibraryImmediate:
@@ -388,35 +433,32 @@ void MachOFile::bindPart(Part part, const BindVisitor& visit) const
         case setType:
             break;
         case setLibrary:
-            stream.unsignedNumber();
+            places.number();
             break;
         case setSymbol:
-            symbol = stream.text();
+            symbol = places.text();
             break;
         case setAddend:
-            addend = stream.signedNumber();
+            addend = places.signedNumber();
             break;
         case setSegmentAndOffset:
-            address = segmentAddress(immediate) + stream.unsignedNumber();
+            places.goTo(instruction->immediate);
             break;
         case addAddress:
-            address += stream.unsignedNumber();
+            places.skip(places.number());
             break;
         case doBind:
-            bindMany(1, wordSize);
+            places.visit(1, 0, bindTo);
             break;
         case bindAndAdd:
-            bindMany(1, wordSize + stream.unsignedNumber());
+            places.visit(1, places.number(), bindTo);
             break;
         case bindAndAddScaled:
-            bindMany(1, wordSize + immediate * wordSize);
+            places.visit(1, instruction->immediate * wordSize, bindTo);
             break;
         case bindTimesSkipping:
-        {
-            const std::uint32_t count = stream.unsignedNumber();
-            bindMany(count, wordSize + stream.unsignedNumber());
+            places.visitWithGaps(bindTo);
             break;
-        }
         default:
             image.fail("damaged: an unknown bind instruction");
         }

@@ -117,13 +117,13 @@ private:
         Part rebase, bind, weakBind, lazyBind, exports;
     };
     class Stream;
+    class Places;
 
     void readHeader();
     void readCommand(std::uint32_t type, std::uint64_t offset);
     void readSegment(std::uint64_t offset);
     void measure();
     std::uint32_t segmentAddress(std::uint8_t index) const;
-    void checkCount(std::uint32_t count) const;
     void bindPart(Part part, const BindVisitor& visit) const;
 
     MachOBytes image;
