@@ -29,6 +29,12 @@ set_target_properties(PictureQVR PROPERTIES
     UNITY_BUILD ${PICTUREQVR_UNITY}
     UNITY_BUILD_BATCH_SIZE 0)
 
+if(PICTUREQVR_SANITIZE)
+    # Instrumented helpers of a formula are too large for the inliner's taste. One that stays outside a wide loop while
+    # its caller goes in is called with vectors in registers that it does not look for: this compiler does not notice.
+    target_compile_options(PictureQVR PRIVATE "SHELL:-mllvm -inline-threshold=2000")
+endif()
+
 if(CMAKE_SYSTEM_NAME STREQUAL Linux)
     set_target_properties(PictureQVR PROPERTIES
         LIBRARY_OUTPUT_DIRECTORY ${PICTUREQVR_OUTPUT_DIRECTORY}
