@@ -230,9 +230,9 @@ void Table::printLegend() const
         "moves as many bytes, run in turn; below 1 is\nfaster than copying.\n");
     if (peers)
         std::printf(
-            "Peers are 64-bit programs that take turns with the plug-in on the same picture; \"ahead\" is "
-            "their time over the\nplug-in's, below 1 the plug-in is behind. Their results equal the "
-            "plug-in's unless the last column says otherwise.\n");
+            "Peers are 64-bit programs that take turns with the plug-in on the same picture. Their results "
+            "equal the plug-in's\nunless the last column says otherwise.%s\n",
+            style == Style::Markdown ? "" : " \"ahead\" is their time over the plug-in's.");
 }
 
 std::string describeRun(const std::string& command)
