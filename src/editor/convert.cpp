@@ -69,7 +69,7 @@ void expandNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 
 /// To the 3-byte format, three words from four pixels at a time.
 template <class Format, bool Streamed>
-void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
+void compactWords(const uint8_t* source, uint8_t* destination, int32_t count)
 {
     int32_t i = 0;
     for (; i + 4 <= count; i += 4, source += 16, destination += 12)
@@ -92,7 +92,7 @@ void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
 }
 
 /// Four pixels by one shuffle. A vector reaches four bytes past its twelve, so the last pixels are left to
-/// the narrow loop.
+/// the loop over words.
 template <class Format, bool Streamed>
 QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int32_t count)
 {
@@ -111,30 +111,57 @@ QVR_WIDE_TARGET void expandWide(const uint8_t* source, uint8_t* destination, int
     expandNarrow<Format, Streamed>(source, destination, count - i);
 }
 
-/// The colours of four pixels, packed into the first twelve bytes.
-template <class Format>
-QVR_INLINE inline Bytes16 packedColours(const uint8_t* source)
+/// The colours of four pixels, packed into the first twelve bytes; what follows them is anything.
+struct PackByShuffle
 {
-    const Bytes16 pixels = loadFrom<Bytes16>(source);
-    if constexpr (redFirst<Format>)
-        return __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1,
-                                       -1);
-    else
-        return __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1,
-                                       -1);
-}
+    template <class Format>
+    QVR_INLINE static Bytes16 packed(Bytes16 pixels)
+    {
+        if constexpr (redFirst<Format>)
+            return __builtin_shufflevector(pixels, pixels, 1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1,
+                                           -1, -1);
+        else
+            return __builtin_shufflevector(pixels, pixels, 2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1,
+                                           -1);
+    }
+};
+
+/// The same without a shuffle of bytes, which SSE2 does not have: two pixels come together in each half, then
+/// the halves.
+struct PackByShifts
+{
+    template <class Format>
+    QVR_INLINE static Bytes16 packed(Bytes16 pixels)
+    {
+        typedef uint32_t Words __attribute__((vector_size(16)));
+        typedef uint64_t Halves __attribute__((vector_size(16)));
+        constexpr Halves lowHalf{UINT64_MAX, 0};
+        constexpr Halves behindSixBytes{0xFFFF000000000000U, UINT64_MAX};
+
+        const auto words = reinterpret_cast<Words>(pixels);
+        const auto colours = reinterpret_cast<Halves>(
+            redFirst<Format> ? words >> 8 : (words & 255) << 16 | (words & 0xFF00) | (words >> 16 & 255));
+        const Halves pairs = (colours & 0xFFFFFF) | (colours >> 8 & 0xFFFFFF000000U);
+        const auto bytes = reinterpret_cast<Bytes16>(pairs);
+        const auto closer = reinterpret_cast<Halves>(__builtin_shufflevector(
+            bytes, Bytes16{}, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17));
+        return reinterpret_cast<Bytes16>((pairs & lowHalf) | (closer & behindSixBytes));
+    }
+};
 
 /// Three whole vectors from sixteen pixels at a time.
-template <class Format, bool Streamed>
-QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, int32_t count)
+template <class Format, bool Streamed, class Pack>
+QVR_INLINE inline void compactVectors(const uint8_t* source, uint8_t* destination, int32_t count)
 {
+    const auto packedAt = [](const uint8_t* pixels)
+                              QVR_INLINE { return Pack::template packed<Format>(loadFrom<Bytes16>(pixels)); };
     int32_t i = 0;
     for (; i + 16 <= count; i += 16, source += 64, destination += 48)
     {
-        const Bytes16 first = packedColours<Format>(source);
-        const Bytes16 second = packedColours<Format>(source + 16);
-        const Bytes16 third = packedColours<Format>(source + 32);
-        const Bytes16 fourth = packedColours<Format>(source + 48);
+        const Bytes16 first = packedAt(source);
+        const Bytes16 second = packedAt(source + 16);
+        const Bytes16 third = packedAt(source + 32);
+        const Bytes16 fourth = packedAt(source + 48);
         store<Streamed>(destination, __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10,
                                                              11, 16, 17, 18, 19));
         store<Streamed>(destination + 16, __builtin_shufflevector(second, third, 4, 5, 6, 7, 8, 9, 10, 11, 16,
@@ -142,36 +169,52 @@ QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, in
         store<Streamed>(destination + 32, __builtin_shufflevector(third, fourth, 8, 9, 10, 11, 16, 17, 18, 19,
                                                                   20, 21, 22, 23, 24, 25, 26, 27));
     }
-    compactNarrow<Format, Streamed>(source, destination, count - i);
+    compactWords<Format, Streamed>(source, destination, count - i);
+}
+
+template <class Format, bool Streamed>
+void compactNarrow(const uint8_t* source, uint8_t* destination, int32_t count)
+{
+    compactVectors<Format, Streamed, PackByShifts>(source, destination, count);
+}
+
+template <class Format, bool Streamed>
+QVR_WIDE_TARGET void compactWide(const uint8_t* source, uint8_t* destination, int32_t count)
+{
+    compactVectors<Format, Streamed, PackByShuffle>(source, destination, count);
 }
 
 using PixelLoop = void (*)(const uint8_t* source, uint8_t* destination, int32_t count);
 
-/// The loops of one conversion. Streamed narrow loops want a destination aligned to words, wide ones to
-/// vectors.
+/// A loop that stores through the cache, and one around it.
+struct Loops
+{
+    PixelLoop cached;
+    PixelLoop streamed;
+};
+
+/// The loops of one conversion. Those over words can stream to where words are aligned, the others to where
+/// vectors are.
 struct Conversion
 {
-    PixelLoop narrow;
-    PixelLoop narrowStreamed;
-    PixelLoop wide;
-    PixelLoop wideStreamed;
+    Loops words;
+    Loops narrow;
+    Loops wide;
     int32_t sourceBytes;
     int32_t destinationBytes;
 };
 
 template <class Format>
-constexpr Conversion expansion{expandNarrow<Format, false>,
-                               expandNarrow<Format, true>,
-                               expandWide<Format, false>,
-                               expandWide<Format, true>,
+constexpr Conversion expansion{{expandNarrow<Format, false>, expandNarrow<Format, true>},
+                               {expandNarrow<Format, false>, expandNarrow<Format, true>},
+                               {expandWide<Format, false>, expandWide<Format, true>},
                                3,
                                4};
 
 template <class Format>
-constexpr Conversion compaction{compactNarrow<Format, false>,
-                                compactNarrow<Format, true>,
-                                compactWide<Format, false>,
-                                compactWide<Format, true>,
+constexpr Conversion compaction{{compactWords<Format, false>, compactWords<Format, true>},
+                                {compactNarrow<Format, false>, compactNarrow<Format, true>},
+                                {compactWide<Format, false>, compactWide<Format, true>},
                                 4,
                                 3};
 
@@ -187,25 +230,27 @@ int32_t pixelsToAlignment(const uint8_t* address, int32_t pixelBytes)
     return INT32_MAX;
 }
 
+const Loops& vectorLoops(const Conversion& conversion)
+{
+    return wideLanesAvailable() ? conversion.wide : conversion.narrow;
+}
+
 void convert(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count)
 {
-    (wideLanesAvailable() ? conversion.wide : conversion.narrow)(source, destination, count);
+    vectorLoops(conversion).cached(source, destination, count);
 }
 
 /// The same around the cache, as far as alignment allows.
 void convertStreamed(const Conversion& conversion, const uint8_t* source, uint8_t* destination, int32_t count)
 {
-    const bool aligned = reinterpret_cast<uintptr_t>(destination) % 4 == 0;
-    const PixelLoop narrow = aligned ? conversion.narrowStreamed : conversion.narrow;
-    if (!wideLanesAvailable())
-        return narrow(source, destination, count);
     const int32_t head = pixelsToAlignment(destination, conversion.destinationBytes);
     if (head > count)
-        return conversion.wide(source, destination, count);
-    narrow(source, destination, head);
-    conversion.wideStreamed(source + static_cast<ptrdiff_t>(head) * conversion.sourceBytes,
-                            destination + static_cast<ptrdiff_t>(head) * conversion.destinationBytes,
-                            count - head);
+        return convert(conversion, source, destination, count);
+    const bool wordsAligned = reinterpret_cast<uintptr_t>(destination) % 4 == 0;
+    (wordsAligned ? conversion.words.streamed : conversion.words.cached)(source, destination, head);
+    vectorLoops(conversion)
+        .streamed(source + static_cast<ptrdiff_t>(head) * conversion.sourceBytes,
+                  destination + static_cast<ptrdiff_t>(head) * conversion.destinationBytes, count - head);
 }
 
 const Conversion& expansionTo(int32_t format)
