@@ -380,9 +380,14 @@ TEST_P(Waveform, CountsBeyondTheBlock)
                       render(host, block, {.width = 10, .height = 20}).picture(), "a count of 0");
         block.reportSize(-1);
         expectPicture(wanted(all, 100)->picture, render(host, block, all).picture(), "an unknown size");
-        block.reportSize(0);
-        expectPicture(wanted(all, 100)->picture, render(host, block, all).picture(), "an unknown size");
         EXPECT_TRUE(rendersNothing(host, block, {.height = 20})) << "no columns";
+        // It has an address, and yet nothing is behind it.
+        block.reportSize(0);
+        for (const int count : {1, 100, most})
+            EXPECT_TRUE(rendersNothing(host, block, {.sampleCount = count, .width = 10, .height = 20}));
+        EXPECT_TRUE(rendersNothing(host, block, {.height = 20})) << "no columns";
+        expectPicture(wanted({.width = 10, .height = 20}, 0)->picture,
+                      render(host, block, {.width = 10, .height = 20}).picture(), "columns without samples");
     });
 }
 

@@ -297,9 +297,14 @@ REALpictureStruct* PictureEditor::RenderPictureWriter()
     return result;
 }
 
+bool canBeMade(int32_t width, int32_t height)
+{
+    return width >= 1 && width <= longestPictureSide && height >= 1 && height <= longestPictureSide;
+}
+
 bool PictureWriter::openNew(int32_t newWidth, int32_t newHeight)
 {
-    if (newWidth < 1 || newWidth > longestPictureSide || newHeight < 1 || newHeight > longestPictureSide)
+    if (!canBeMade(newWidth, newHeight))
         return false;
     const Reference<REALpictureStruct> created{host.REALNewPicture(newWidth, newHeight, 32)};
     return created && open(created.get());

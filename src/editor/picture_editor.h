@@ -19,6 +19,9 @@ enum PixelFormat : int32_t
 /// The largest width or height of a picture that an operation makes.
 constexpr int32_t longestPictureSide = 32767;
 
+/// Whether an operation makes pictures of this size: both sides are 1 to 32767.
+bool canBeMade(int32_t width, int32_t height);
+
 /// The host's kind, found out by the first picture that is opened and never forgotten.
 extern bool IsDesktop;
 extern bool IsConsole;
@@ -134,8 +137,8 @@ public:
         return GetPictureEditor(destination, false, true);
     }
 
-    /// Makes a new 32-bit picture and opens it; the writer holds its only reference. False when a side is not
-    /// 1 to 32767, or when the host cannot make or lock the picture.
+    /// Makes a new 32-bit picture and opens it; the writer holds its only reference. False when this
+    /// size cannot be made, or when the host cannot make or lock the picture.
     bool openNew(int32_t newWidth, int32_t newHeight);
 };
 

@@ -123,6 +123,11 @@ Block wholeBlock(const PictureEditor& picture)
     return {0, picture.width, 0, picture.height};
 }
 
+int32_t pixelCount(const PictureEditor& picture)
+{
+    return wrappingMultiply(maximum(picture.width, 0), maximum(picture.height, 0));
+}
+
 int32_t columnsWithin(const PictureEditor& picture, const Block& block)
 {
     const int64_t rowEnd = static_cast<int64_t>(picture.width) * picture.bytesPerPixel;

@@ -34,6 +34,9 @@ struct Block
     }
 };
 
+/// Columns times rows, in 32 bits that wrap; 0 for a picture that the host describes with a negative side.
+int32_t pixelCount(const PictureEditor& picture);
+
 /// All pixels of a picture.
 Block wholeBlock(const PictureEditor& picture);
 

@@ -54,8 +54,7 @@ bool parse(const uint8_t* bytes, int32_t length, Contents& contents)
         return false;
     contents.width = static_cast<int32_t>(loadBigEndian(bytes + widthAt));
     contents.height = static_cast<int32_t>(loadBigEndian(bytes + heightAt));
-    if (contents.width < 1 || contents.width > longestPictureSide || contents.height < 1 ||
-        contents.height > longestPictureSide)
+    if (!canBeMade(contents.width, contents.height))
         return false;
     const uint32_t offset = loadBigEndian(bytes + dataOffsetAt);
     if (offset + pixelBytes(contents.width, contents.height) > length)
@@ -71,7 +70,7 @@ REALstringStruct* PicturetoBinaryString(REALpictureStruct* picture)
     constexpr int64_t longestString = 2147483646;
 
     PictureReader reader;
-    if (!reader.open(picture))
+    if (!reader.open(picture) || reader.width < 0 || reader.height < 0)
         return nullptr;
     const int64_t total = pixelBytes(reader.width, reader.height) + headerBytes;
     if (total < 1 || total > longestString)

@@ -4,6 +4,7 @@
 #include "globals/sample_sums.h"
 #include "globals/wu_line.h"
 #include "runtime/exceptions.h"
+#include "runtime/memory_blocks.h"
 #include "system/heap_array.h"
 
 namespace qvr::waveform
@@ -218,10 +219,9 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     const BitsFormat* const format = formatOf(bits);
     if (format == nullptr)
         return nullptr;
-    const int32_t blockSize = host.REALMemoryBlockGetSize(samples);
-    const int32_t count = sampleCount < 1 ? blockSize / format->bytes : sampleCount;
-    // A block whose size the host does not tell is trusted.
-    if (blockSize > 0 && count > blockSize / format->bytes)
+    const BlockSize blockSize(samples);
+    const int32_t count = sampleCount < 1 ? blockSize.bytes() / format->bytes : sampleCount;
+    if (!blockSize.isUnknown() && !blockSize.holds(static_cast<int64_t>(count) * format->bytes))
         return nullptr;
     const int32_t columnCount = width < 1 ? count : width;
     const int32_t rows = height < 1 ? defaultRows : height;

@@ -72,8 +72,7 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
                                                 int32_t width, int32_t height)
 {
     PictureReader reader;
-    PictureWriter writer;
-    if (!reader.open(picture) || !writer.openNew(reader.width, reader.height))
+    if (!reader.open(picture) || !canBeMade(reader.width, reader.height))
         return nullptr;
     const BitGrid mask(reader.width, reader.height);
     if (!mask)
@@ -84,6 +83,9 @@ REALpictureStruct* ExtractColorRectangleMaskQVR(REALpictureStruct* picture, int3
     block.bottom -= block.top;
     block.top = 0;
     if (!block.empty() && !coverAreas(reader, block, maximum(left, 0), maximum(top, 0), mask))
+        return nullptr;
+    PictureWriter writer;
+    if (!writer.openNew(reader.width, reader.height))
         return nullptr;
     drawMask(writer, reader.width, reader.height, mask);
     return writer.RenderPictureWriter();

@@ -2,6 +2,7 @@
 
 #include "editor/walks.h"
 #include "runtime/exceptions.h"
+#include "runtime/memory_blocks.h"
 #include "system/c_library.h"
 
 namespace qvr::colourStatistics
@@ -39,9 +40,7 @@ void addCounters(uint8_t* block, const uint32_t (&counters)[2][levels])
 /// The block's data if it has at least `size` bytes, else null.
 uint8_t* blockData(REALmemoryBlockStruct* block, int32_t size)
 {
-    return host.REALMemoryBlockGetSize(block) < size
-               ? nullptr
-               : static_cast<uint8_t*>(host.REALMemoryBlockGetPtr(block));
+    return BlockSize(block).holds(size) ? static_cast<uint8_t*>(host.REALMemoryBlockGetPtr(block)) : nullptr;
 }
 
 /// A reference to a memory block for the length of a call, and its data.
@@ -129,7 +128,7 @@ void CountColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct*& red, REA
     // channel.
     addCounters(blueData, histograms.green);
     addCounters(greenData, histograms.blue);
-    count = wrappingMultiply(reader.width, reader.height);
+    count = pixelCount(reader);
 }
 
 REALpictureStruct* TransformColorsQVR(REALpictureStruct* picture, REALmemoryBlockStruct* red,

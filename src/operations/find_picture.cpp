@@ -12,17 +12,17 @@ namespace
 /// So many colours are compared at a time.
 constexpr int32_t blockLength = 256;
 
-/// Whether the row of `sub` at its cursor has the colours that the row of `self` at its cursor has from
-/// `column` on.
-bool rowsMatch(const PictureReader& self, int32_t column, const PictureReader& sub)
+/// Whether row `subRow` of `sub` has the colours that row `row` of `self` has from `column` on.
+bool rowsMatch(const PictureReader& self, int32_t row, int32_t column, const PictureReader& sub,
+               int32_t subRow)
 {
     uint32_t present[blockLength];
     uint32_t wanted[blockLength];
     for (int32_t done = 0; done < sub.width; done += blockLength)
     {
         const int32_t count = minimum(blockLength, sub.width - done);
-        copyColours(self, self.y, column + done, count, present);
-        copyColours(sub, sub.y, done, count, wanted);
+        copyColours(self, row, column + done, count, present);
+        copyColours(sub, subRow, done, count, wanted);
         for (int32_t i = 0; i < count; ++i)
             if (wanted[i] != present[i])
                 return false;
@@ -30,17 +30,25 @@ bool rowsMatch(const PictureReader& self, int32_t column, const PictureReader& s
     return true;
 }
 
-/// Finds the places of one row of colours in other rows, in time that grows with the rows' length only
-/// (Knuth, Morris and Pratt), and at memory speed where the row's first colour does not occur.
-class RowSearch
+/// Finds the places of a picture's row 0 in other rows, in time that grows with the rows' length only (Knuth,
+/// Morris and Pratt), and at memory speed where the row's first colour does not occur. Without working memory
+/// it finds the same, more slowly.
+class FirstRowSearch
 {
 public:
-    /// Takes the row of `sub` at its cursor; `sub` has pixels.
-    explicit RowSearch(const PictureReader& sub) : length(sub.width), pattern(sub.width), fallback(sub.width)
+    /// `sub` has pixels, and outlives the search.
+    explicit FirstRowSearch(const PictureReader& sub)
+        : sub(sub),
+          length(sub.width),
+          pattern(sub.width),
+          fallback(sub.width)
     {
-        if (!*this)
+        uint32_t firstWord = 0;
+        copyColours(sub, 0, 0, 1, &firstWord);
+        firstColour = ARGB32::colourOf(firstWord);
+        if (!pattern || !fallback)
             return;
-        copyColours(sub, sub.y, 0, length, pattern.get());
+        copyColours(sub, 0, 0, length, pattern.get());
         for (int32_t i = 1, matched = 0; i < length; ++i)
         {
             matched = advanced(matched, pattern[i]);
@@ -48,25 +56,37 @@ public:
         }
     }
 
-    explicit operator bool() const
-    {
-        return pattern && fallback;
-    }
-
-    /// Calls `candidate(column)` for every place of the pattern in row `row` of `self`, left to right, until
-    /// it returns true; whether it did.
+    /// Calls `candidate(column)` for every place of the row in row `row` of `self`, left to right, until it
+    /// returns true; whether it did.
     template <class Candidate>
     bool search(const PictureReader& self, int32_t row, const Candidate& candidate) const
     {
-        const uint32_t firstColour = ARGB32::colourOf(pattern[0]);
+        return pattern && fallback ? searchInOnePass(self, row, candidate)
+                                   : searchEveryPlace(self, row, candidate);
+    }
+
+private:
+    /// So many pixels are looked at one by one before the next try to skip.
+    static constexpr int32_t resumeAfter = 16;
+
+    /// The first column from `column` on whose pixel has the first colour; the row's width when there is
+    /// none.
+    int32_t findFirstColour(const PictureReader& self, int32_t row, int32_t column) const
+    {
+        return findPixel(self, row, column,
+                         [colour = firstColour](auto pixels) { return pixels.matches(colour); });
+    }
+
+    template <class Candidate>
+    bool searchInOnePass(const PictureReader& self, int32_t row, const Candidate& candidate) const
+    {
         uint32_t colours[blockLength];
         int32_t matched = 0;
         for (int32_t column = 0; column < self.width;)
         {
             const bool skipping = matched == 0;
             if (skipping)
-                column = findPixel(self, row, column,
-                                   [firstColour](auto pixels) { return pixels.matches(firstColour); });
+                column = findFirstColour(self, row, column);
             const int32_t count = minimum(skipping ? resumeAfter : blockLength, self.width - column);
             copyColours(self, row, column, count, colours);
             for (int32_t i = 0; i < count; ++i)
@@ -83,9 +103,16 @@ public:
         return false;
     }
 
-private:
-    /// So many pixels are looked at one by one before the next try to skip.
-    static constexpr int32_t resumeAfter = 16;
+    template <class Candidate>
+    bool searchEveryPlace(const PictureReader& self, int32_t row, const Candidate& candidate) const
+    {
+        const int32_t lastColumn = self.width - length;
+        for (int32_t column = findFirstColour(self, row, 0); column <= lastColumn;
+             column = findFirstColour(self, row, column + 1))
+            if (rowsMatch(self, row, column, sub, 0) && candidate(column))
+                return true;
+        return false;
+    }
 
     /// The number of pattern pixels that match up to the pixel `word`, when `matched` did before it.
     int32_t advanced(int32_t matched, uint32_t word) const
@@ -95,7 +122,9 @@ private:
         return pattern[matched] == word ? matched + 1 : matched;
     }
 
+    const PictureReader& sub;
     int32_t length;
+    uint32_t firstColour = 0;
     HeapArray<uint32_t> pattern;
     HeapArray<int32_t> fallback;
 };
@@ -113,7 +142,7 @@ bool restMatches(PictureReader& self, int32_t column, PictureReader& sub)
     sub.NextRow();
     for (int32_t i = 1; i < sub.height; ++i)
     {
-        if (!rowsMatch(self, column, sub))
+        if (!rowsMatch(self, self.y, column, sub, sub.y))
             return false;
         // The rows still to come are the same two again.
         if (hasEnded(self) && hasEnded(sub))
@@ -136,10 +165,7 @@ signed char FindPicture(REALpictureStruct* self, REALpictureStruct* sub, int32_t
         return 0;
     if (selfReader.height < subReader.height || selfReader.width < subReader.width)
         return 0;
-    const RowSearch firstRow(subReader);
-    if (!firstRow)
-        return 0;
-
+    const FirstRowSearch firstRow(subReader);
     for (int32_t pass = 0; pass <= selfReader.height - subReader.height; ++pass)
     {
         const bool onlyRowZeroLeft = hasEnded(selfReader);

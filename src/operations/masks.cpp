@@ -14,8 +14,8 @@ namespace
 /// pixels that is its own mask reads what it has just written. Kept as it is.
 void storeMaskBytes(const PictureEditor& picture, const PictureEditor& mask, uint8_t swapBits)
 {
-    const int32_t bytesWithin = (picture.width * picture.bytesPerPixel + 3) / 4;
-    const int32_t columns = minimum(bytesWithin, mask.width);
+    const int64_t bytesWithin = (static_cast<int64_t>(picture.width) * picture.bytesPerPixel + 3) / 4;
+    const auto columns = static_cast<int32_t>(minimum<int64_t>(bytesWithin, mask.width));
     const int32_t maskRed = redByteOf(mask.pixelFormat);
     for (int32_t row = 0; row < picture.height; ++row)
     {

@@ -89,7 +89,7 @@ double ColornessQVR(REALpictureStruct* picture, int32_t threshold)
                              (green - blue < negated) | (green - red < negated);
         return differs & ((red > nearBlack) | (green > nearBlack) | (blue > nearBlack));
     });
-    return static_cast<double>(coloured) / static_cast<double>(wrappingMultiply(reader.width, reader.height));
+    return static_cast<double>(coloured) / static_cast<double>(pixelCount(reader));
 }
 
 } // namespace qvr::regionTests

@@ -64,8 +64,10 @@ void rotateColumns(const PictureEditor& picture, int32_t shift)
 {
     if (shift == 0)
         return;
-    const int32_t rowLength = wrappingMultiply(picture.width, picture.bytesPerPixel);
-    const HeapArray<uint8_t> saved(rowLength, Filling::Nothing);
+    const int64_t rowLength = static_cast<int64_t>(picture.width) * picture.bytesPerPixel;
+    if (rowLength > INT32_MAX)
+        return;
+    const HeapArray<uint8_t> saved(static_cast<int32_t>(rowLength), Filling::Nothing);
     if (!saved)
         return;
     const int32_t distance = shift > 0 ? shift : shift + picture.width;
