@@ -82,6 +82,9 @@ struct Options
     /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
     /// too.
     std::string plugin;
+    /// Takes the copy of the plug-in that an earlier host with this switch has left, if there is one, with its
+    /// variables as they were when it had just been loaded. Loading takes far longer than anything else.
+    bool reuse = false;
     /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32
     /// on the desktop and where the kind is unknown, Bitmap else.
     std::optional<Storage> newPictureStorage;

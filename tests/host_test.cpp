@@ -987,6 +987,34 @@ TEST_F(HostLoader, SurvivesEveryTruncationOfTheBundle)
     EXPECT_EQ(errorOf([&] { standin::loadMachO(path); }), "no error");
 }
 
+TEST_F(HostLoader, GivesACopyThatIsUsedAgainItsFirstVariables)
+{
+    for (const standin::Artefact artefact : {standin::Artefact::SharedObject, standin::Artefact::MacBundle})
+    {
+        standin::Options options{.artefact = artefact, .version = 2011.0, .reuse = true};
+        if (!std::filesystem::exists(standin::defaultPluginPath(artefact)))
+            continue;
+        std::int32_t* limit = nullptr;
+        {
+            standin::Host host(options);
+            limit = host.pluginVariable("qvrLaneLimit");
+            ASSERT_EQ(*limit, 8);
+            *limit = 4;
+            EXPECT_EQ(host.registered().announcedVersions, std::vector<int>{9});
+        }
+        options.version = 2013.03;
+        standin::Host host(options);
+        EXPECT_EQ(host.pluginVariable("qvrLaneLimit"), limit) << "it is another copy";
+        EXPECT_EQ(*limit, 8);
+        EXPECT_EQ(host.registered().announcedVersions, std::vector<int>{12});
+        EXPECT_FALSE(host.call(host.newPicture(3, 3), "InvertQVR").picture().isNil());
+        EXPECT_TRUE(host.ledger().balanced()) << host.ledger().describe();
+
+        standin::Host other(options);
+        EXPECT_NE(other.pluginVariable("qvrLaneLimit"), limit) << "both hosts use one copy";
+    }
+}
+
 TEST_F(HostLoader, NamesImportsThatDoNotExist)
 {
     const std::string path = standin::defaultPluginPath(standin::Artefact::MacBundle);

@@ -34,6 +34,20 @@ void* resolveForCurrent(const char* name)
     return Core::current().resolve(name);
 }
 
+/// A loaded copy, and what its variables were before anything in it had run.
+struct LoadedCopy
+{
+    std::unique_ptr<Plugin> plugin;
+    Snapshot fresh;
+};
+
+/// The copies that no host uses at the moment, by path.
+std::multimap<std::string, LoadedCopy>& idleCopies()
+{
+    static std::multimap<std::string, LoadedCopy> copies;
+    return copies;
+}
+
 /// "PluginGetStringData" came with this version.
 constexpr double firstStringDataVersion = 2013.0;
 
@@ -72,6 +86,8 @@ Core::~Core()
 {
     closing = true;
     objects.clear();
+    if (loaded)
+        idleCopies().emplace(pluginPath, LoadedCopy{std::move(plugin), std::move(*loaded)});
     plugin.reset();
     for (const auto& [address, block] : heap)
         if (!block.guarded)
@@ -80,11 +96,10 @@ Core::~Core()
 
 void Core::load()
 {
-    const std::string path = options.plugin.empty() ? defaultPluginPath(options.artefact) : options.plugin;
     if (options.beforeEntry)
         options.beforeEntry(faults);
     inside([&] {
-        plugin = options.artefact == Artefact::MacBundle ? loadMachO(path) : loadElf(path);
+        loadCopy();
         Slots slots;
         slots.push(reinterpret_cast<const void*>(&resolveForCurrent));
         callForWord(reinterpret_cast<REALanyFunction>(plugin->entryPoint()), slots, options.stackSkew);
@@ -93,6 +108,22 @@ void Core::load()
         std::rethrow_exception(std::exchange(pendingError, nullptr));
     for (auto& [address, block] : heap)
         block.fromLoading = true;
+}
+
+void Core::loadCopy()
+{
+    pluginPath = options.plugin.empty() ? defaultPluginPath(options.artefact) : options.plugin;
+    if (const auto idle = idleCopies().find(pluginPath); options.reuse && idle != idleCopies().end())
+    {
+        plugin = std::move(idle->second.plugin);
+        loaded = std::move(idle->second.fresh);
+        idleCopies().erase(idle);
+        loaded->restore();
+        return;
+    }
+    plugin = options.artefact == Artefact::MacBundle ? loadMachO(pluginPath) : loadElf(pluginPath);
+    if (options.reuse)
+        loaded.emplace(*plugin);
 }
 
 void* Core::resolve(const char* name)

@@ -159,6 +159,7 @@ public:
     std::intptr_t nextHostWord = 40;
 
 private:
+    void loadCopy();
     void insert(std::unique_ptr<Object> object);
     void destroy(Object& object);
     void reportBadHandle(const void* handle, const char* service, const char* wanted);
@@ -175,7 +176,9 @@ private:
     std::unordered_map<void*, HeapBlock> heap;
     std::map<std::string, int> serials;
     bool closing = false;
+    std::string pluginPath;
     std::unique_ptr<Plugin> plugin;
+    std::optional<Snapshot> loaded; ///< the plug-in before its entry point ran; for copies to be used again
 };
 
 /// Makes a host the current one for as long as it lives.

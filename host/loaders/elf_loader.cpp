@@ -1,5 +1,6 @@
 #include "host/error.h"
 #include "host/file.h"
+#include "host/loaders/elf_format.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/guarded_block.h"
 
@@ -19,19 +20,19 @@ namespace
 {
 
 /// A file descriptor that closes itself.
-class File
+class Descriptor
 {
 public:
-    explicit File(int fileDescriptor) : descriptor(fileDescriptor)
+    explicit Descriptor(int fileDescriptor) : descriptor(fileDescriptor)
     {
     }
-    ~File()
+    ~Descriptor()
     {
         if (descriptor >= 0)
             close(descriptor);
     }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
 
     int number() const
     {
@@ -41,29 +42,6 @@ public:
 private:
     int descriptor;
 };
-
-/// Refuses what the dynamic linker would refuse with less words, or crash on.
-void checkElf(const std::vector<unsigned char>& bytes, const std::string& path)
-{
-    Elf32_Ehdr header;
-    if (bytes.size() < sizeof header || std::memcmp(bytes.data(), ELFMAG, SELFMAG) != 0)
-        throw Error(path + ": no ELF shared object");
-    std::memcpy(&header, bytes.data(), sizeof header);
-    if (header.e_ident[EI_CLASS] != ELFCLASS32 || header.e_machine != EM_386)
-        throw Error(path + ": built for another processor; a 32-bit x86 shared object is needed");
-    if (header.e_type != ET_DYN)
-        throw Error(path + ": no shared object");
-    for (unsigned index = 0; index < header.e_phnum; ++index)
-    {
-        Elf32_Phdr segment;
-        const std::uint64_t offset = header.e_phoff + std::uint64_t{index} * sizeof segment;
-        if (offset + sizeof segment > bytes.size())
-            throw Error(path + ": truncated");
-        std::memcpy(&segment, bytes.data() + offset, sizeof segment);
-        if (segment.p_type == PT_LOAD && std::uint64_t{segment.p_offset} + segment.p_filesz > bytes.size())
-            throw Error(path + ": truncated");
-    }
-}
 
 /// Puts the host's malloc, calloc and free into the places where the loaded object keeps the addresses of the
 /// C library's.
@@ -149,46 +127,14 @@ private:
     Relocations calls;
 };
 
-/// The offset from the load address of a symbol, those included that are not exported; 0 when there is none.
-Elf32_Addr symbolOffset(const std::vector<unsigned char>& bytes, std::string_view name)
-{
-    const auto read = [&bytes](auto& record, std::uint64_t offset) {
-        const bool inside = offset + sizeof record <= bytes.size();
-        if (inside)
-            std::memcpy(&record, bytes.data() + offset, sizeof record);
-        return inside;
-    };
-    Elf32_Ehdr header{};
-    read(header, 0);
-    for (unsigned index = 0; index < header.e_shnum; ++index)
-    {
-        Elf32_Shdr table{};
-        Elf32_Shdr names{};
-        if (!read(table, header.e_shoff + std::uint64_t{index} * sizeof table) ||
-            table.sh_type != SHT_SYMTAB ||
-            !read(names, header.e_shoff + std::uint64_t{table.sh_link} * sizeof names))
-            continue;
-        Elf32_Sym symbol{};
-        for (std::uint64_t at = 0; at + sizeof symbol <= table.sh_size && read(symbol, table.sh_offset + at);
-             at += sizeof symbol)
-        {
-            const std::size_t text = names.sh_offset + symbol.st_name;
-            if (text + name.size() < bytes.size() && bytes[text + name.size()] == 0 &&
-                std::memcmp(bytes.data() + text, name.data(), name.size()) == 0)
-                return symbol.st_value;
-        }
-    }
-    return 0;
-}
-
 class ElfPlugin : public Plugin
 {
 public:
     explicit ElfPlugin(const std::string& path)
         : copy(memfd_create("PictureQVR", MFD_CLOEXEC)),
-          bytes(readFile(path))
+          file(readFile(path), path)
     {
-        checkElf(bytes, path);
+        const std::vector<std::uint8_t>& bytes = file.bytes();
         // The dynamic linker loads a file once only; a copy without name is a file of its own, with variables
         // of its own.
         if (copy.number() < 0 ||
@@ -219,8 +165,16 @@ public:
 
     void* symbol(std::string_view name) const override
     {
-        const Elf32_Addr offset = symbolOffset(bytes, name);
-        return offset == 0 ? nullptr : reinterpret_cast<void*>(base + offset);
+        const std::uint32_t address = file.symbolAddress(name);
+        return address == 0 ? nullptr : reinterpret_cast<void*>(base + address);
+    }
+
+    std::vector<std::span<std::uint8_t>> variables() const override
+    {
+        std::vector<std::span<std::uint8_t>> places;
+        for (const ElfFile::Range& range : file.variables())
+            places.emplace_back(reinterpret_cast<std::uint8_t*>(base + range.address), range.size);
+        return places;
     }
 
 private:
@@ -234,8 +188,8 @@ private:
 
     /// Stays open as long as the library is loaded: the linker knows libraries by path, and the number is in
     /// it.
-    File copy;
-    std::vector<unsigned char> bytes;
+    Descriptor copy;
+    ElfFile file;
     Elf32_Addr base = 0;
     std::unique_ptr<void, Close> library;
     EntryPoint entry = nullptr;

@@ -1,12 +1,7 @@
-#include "host/error.h"
 #include "host/file.h"
-#include "host/loaders/macho_format.h"
+#include "host/loaders/macho_image.h"
 #include "host/loaders/plugin.h"
-#include "host/objects/guarded_block.h"
 
-#include <sys/mman.h>
-
-#include <cstring>
 #include <filesystem>
 
 namespace standin
@@ -18,116 +13,29 @@ namespace
 class MachOPlugin : public Plugin
 {
 public:
-    explicit MachOPlugin(const std::string& path) : file({readFile(path), path})
+    explicit MachOPlugin(const std::string& path) : image({readFile(path), path})
     {
-        map();
-        file.forEachRebase([this](std::uint32_t address) { setWord(address, word(address) + slide()); });
-        file.forEachBind([this](std::uint32_t address, const std::string& symbol, std::uint32_t addend) {
-            setWord(address, importAddress(symbol) + addend);
-        });
-        entry = findEntryPoint();
-        protect();
-        for (const std::uint32_t address : file.initialiserAddresses())
-            reinterpret_cast<void (*)()>(word(address))();
+        for (const std::uintptr_t function : image.initialisers())
+            reinterpret_cast<void (*)()>(function)();
     }
 
     EntryPoint entryPoint() const override
     {
-        return entry;
+        return reinterpret_cast<EntryPoint>(reinterpret_cast<std::uintptr_t>(image.entryPoint()));
     }
 
     void* symbol(std::string_view name) const override
     {
-        const std::uint32_t address = file.symbolAddress("_" + std::string(name));
-        return address == 0 ? nullptr : at(address, MachOFile::wordSize);
+        return image.symbol(name);
+    }
+
+    std::vector<std::span<std::uint8_t>> variables() const override
+    {
+        return image.variables();
     }
 
 private:
-    struct Unmap
-    {
-        std::size_t size = 0;
-        void operator()(std::uint8_t* mapped) const
-        {
-            munmap(mapped, size);
-        }
-    };
-
-    void map()
-    {
-        void* mapped =
-            mmap(nullptr, file.memorySize(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapped == MAP_FAILED)
-            file.bytes().fail("no memory to load it");
-        memory = {static_cast<std::uint8_t*>(mapped), Unmap{file.memorySize()}};
-        for (const MachOSegment& segment : file.segments())
-            std::memcpy(at(segment.address, segment.fileSize),
-                        file.bytes().range(segment.fileOffset, segment.fileSize), segment.fileSize);
-    }
-
-    /// Where an address of the file lies now.
-    std::uint8_t* at(std::uint32_t address, std::uint32_t size) const
-    {
-        const std::uint32_t offset = address - file.lowestAddress();
-        if (std::uint64_t{offset} + size > file.memorySize())
-            file.bytes().fail("damaged: an address lies outside of its segments");
-        return memory.get() + offset;
-    }
-
-    std::uint32_t word(std::uint32_t address) const
-    {
-        std::uint32_t value = 0;
-        std::memcpy(&value, at(address, sizeof value), sizeof value);
-        return value;
-    }
-
-    void setWord(std::uint32_t address, std::uint32_t value) const
-    {
-        std::memcpy(at(address, sizeof value), &value, sizeof value);
-    }
-
-    std::uint32_t slide() const
-    {
-        return reinterpret_cast<std::uintptr_t>(memory.get()) - file.lowestAddress();
-    }
-
-    std::uint32_t importAddress(const std::string& symbol) const
-    {
-        // Symbols of C have an underscore in front; the binder's own helper has none.
-        const bool isC = symbol.starts_with('_');
-        const void* found = findImport(isC ? symbol.substr(1) : symbol);
-        if (found == nullptr)
-            file.bytes().fail("imports " + symbol + ", which does not exist here");
-        return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(found));
-    }
-
-    EntryPoint findEntryPoint() const
-    {
-        constexpr std::string_view name = "_REALPluginMain";
-        std::uint32_t address = file.exportedAddress(name);
-        if (address == 0)
-            address = file.symbolAddress(name);
-        if (address == 0)
-            file.bytes().fail("exports no REALPluginMain");
-        return reinterpret_cast<EntryPoint>(at(address, 1));
-    }
-
-    void protect() const
-    {
-        const auto page = static_cast<std::uint32_t>(pageSize());
-        for (const MachOSegment& segment : file.segments())
-        {
-            const std::uint32_t size = (segment.memorySize + page - 1) / page * page;
-            const int rights = (segment.readable ? PROT_READ : 0) | (segment.writable ? PROT_WRITE : 0) |
-                               (segment.executable ? PROT_EXEC : 0);
-            if (segment.memorySize != 0 && segment.address % page == 0 &&
-                mprotect(at(segment.address, segment.memorySize), size, rights) != 0)
-                file.bytes().fail("its segments cannot be protected");
-        }
-    }
-
-    MachOFile file;
-    std::unique_ptr<std::uint8_t, Unmap> memory{nullptr, Unmap{}};
-    EntryPoint entry = nullptr;
+    MachOImage image;
 };
 
 } // namespace

@@ -2,9 +2,12 @@
 
 #include "abi/host_abi.h"
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace standin
 {
@@ -19,6 +22,26 @@ public:
     virtual EntryPoint entryPoint() const = 0;
     /// Where a symbol of the file lies now, by its C name; null when the file's symbol table lacks it.
     virtual void* symbol(std::string_view name) const = 0;
+    /// Where its variables lie.
+    virtual std::vector<std::span<std::uint8_t>> variables() const = 0;
+};
+
+/// What a plug-in's variables held at one moment.
+class Snapshot
+{
+public:
+    explicit Snapshot(const Plugin& plugin);
+    /// Gives them those values again, while the plug-in is loaded.
+    void restore() const;
+
+private:
+    struct Part
+    {
+        std::span<std::uint8_t> place;
+        std::unique_ptr<std::uint8_t[]> bytes;
+    };
+
+    std::vector<Part> parts;
 };
 
 /// The address of a function or variable of the system that the plug-in may import, by its C name; null when
