@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace standin
 {
@@ -92,8 +93,12 @@ struct Options
     Storage storageOfNewPictures() const;
 
     Memory memory = Memory::Guarded;
-    /// Bytes behind each row of a GWorld, filled with a canary. 0 makes the last row end at the guard page.
+    /// Bytes behind each row, filled with a canary. 0 makes the last row of a GWorld end at the guard page.
+    /// Rows of a Bitmap lie apart: behind each are `padding % 4` bytes, so that they may begin anywhere.
     int padding = 12;
+    /// Where there are some, every picture takes one of these or `padding`, in an irregular order that is the
+    /// same in every run.
+    std::vector<int> furtherPaddings;
     /// Every byte of a new picture's pixels, so that what stays unwritten shows.
     std::uint8_t freshFill = 0xFF;
     /// By how many bytes the stack misses an alignment to 16 whenever the plug-in is called: 0, 4, 8 or 12.

@@ -2,8 +2,7 @@
 // reads a picture and makes one, and with scrolling, which works in place.
 #include "tests/reference/inversion.h"
 
-#include "tests/support/pictures.h"
-#include "tests/support/torture.h"
+#include "tests/support/operation_checks.h"
 
 namespace
 {
@@ -82,6 +81,33 @@ TEST_P(Editor, RowsMayLieApart)
                 EXPECT_TRUE(photo.paddingIntact());
             }
         }
+}
+
+TEST_P(Editor, RowsOfSourcesAndResultsBeginAnywhere)
+{
+    constexpr int pictures = 40;
+    forEachHostAndLoop(artefact(), [&](TestHost& host) {
+        for (const Storage storage : lockableStorages(host))
+        {
+            std::set<std::uintptr_t> sources;
+            std::set<std::uintptr_t> results;
+            for (int count = 0; count < pictures; ++count)
+            {
+                standin::Picture source = host.newPicture(4, 5, storage);
+                standin::Picture result = host.call(source, "InvertQVR").picture();
+                for (int y = 0; y < source.height(); ++y)
+                {
+                    sources.insert(reinterpret_cast<std::uintptr_t>(source.row(y)) % 4);
+                    results.insert(reinterpret_cast<std::uintptr_t>(result.row(y)) % 4);
+                }
+            }
+            const bool apart = traitsOf(storage).access == standin::Access::Bitmap;
+            const std::set<std::uintptr_t> wanted =
+                apart ? std::set<std::uintptr_t>{0, 1, 3} : std::set<std::uintptr_t>{0, 1, 2, 3};
+            EXPECT_EQ(sources, wanted) << nameOf(storage);
+            EXPECT_EQ(results, wanted) << nameOf(storage);
+        }
+    });
 }
 
 TEST_P(Editor, EverySourceCanMeetEveryResult)

@@ -435,6 +435,18 @@ TEST_F(HostLedger, WatchesTheBytesBetweenRows)
     EXPECT_TRUE(tall.paddingIntact());
     tall.row(999)[12] = 0;
     EXPECT_FALSE(tall.paddingIntact());
+
+    core->options.padding = 3;
+    for (const standin::Memory memory : {standin::Memory::Guarded, standin::Memory::Plain})
+        for (const int height : {2, 1000})
+        {
+            core->options.memory = memory;
+            Picture shifted = newPicture(3, height, Storage::Bitmap);
+            EXPECT_EQ(shifted.rowBytes(), 12);
+            EXPECT_TRUE(shifted.paddingIntact());
+            shifted.row(height - 1)[12 + 2] = 0;
+            EXPECT_FALSE(shifted.paddingIntact());
+        }
 }
 
 TEST_F(HostLedger, CountsStringDataAndStringReferences)

@@ -141,9 +141,16 @@ void Core::insert(std::unique_ptr<Object> object)
     objects[handle] = std::move(object);
 }
 
+int Core::nextPadding()
+{
+    const std::vector<int>& further = options.furtherPaddings;
+    const std::size_t choice = further.empty() ? 0 : paddingOrder() % (further.size() + 1);
+    return choice == 0 ? options.padding : further[choice - 1];
+}
+
 PictureObject* Core::makePicture(int width, int height, Storage storage)
 {
-    const RowLayout layout{options.memory, options.padding, options.freshFill};
+    const RowLayout layout{options.memory, nextPadding(), options.freshFill};
     auto rows = PixelRows::make(width, height, storage, layout, pool);
     if (!rows)
         return nullptr;

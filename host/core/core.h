@@ -10,6 +10,7 @@
 #include <exception>
 #include <map>
 #include <memory>
+#include <random>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -160,6 +161,7 @@ public:
 
 private:
     void loadCopy();
+    int nextPadding();
     void insert(std::unique_ptr<Object> object);
     void destroy(Object& object);
     void reportBadHandle(const void* handle, const char* service, const char* wanted);
@@ -170,6 +172,7 @@ private:
     void finishCall(Value& result);
 
     PixelPool pool;
+    std::minstd_rand paddingOrder;
     std::unordered_map<const void*, std::unique_ptr<Object>> objects;
     std::unordered_map<const void*, PictureObject*> aliases;
     std::unordered_map<const void*, std::string> dead; ///< names of objects that are gone, by handle

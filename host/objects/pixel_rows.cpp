@@ -18,8 +18,11 @@ namespace
 /// few.
 constexpr int mostGuardedRows = 512;
 
-/// Bytes between the rows of a bitmap whose rows have no guard pages of their own.
+/// More bytes between the rows of a bitmap whose rows have no guard pages of their own.
 constexpr std::size_t rowGap = 16;
+
+/// Rows of a bitmap begin at a word's boundary or so many bytes beside it.
+constexpr int wordSize = 4;
 
 constexpr std::size_t bitmapRecordWords = bitmapRowTableWord + 1;
 
@@ -43,18 +46,18 @@ std::optional<PixelRows> PixelRows::make(int width, int height, Storage storage,
 
     const bool bitmap = traitsOf(storage).access == Access::Bitmap;
     const std::uint64_t rowSize = static_cast<std::uint64_t>(width) * bytesPerPixel(storage);
-    const int padding = bitmap ? 0 : layout.padding;
+    const int padding = bitmap ? layout.padding % wordSize : layout.padding;
     const std::uint64_t size = (rowSize + padding) * height;
     if (width < 0 || height < 0 || rowSize + padding > INT32_MAX || size > largestPicture)
         return std::nullopt;
 
     PixelRows result;
-    result.stride = static_cast<int>(rowSize) + padding;
     result.paddingSize = static_cast<std::size_t>(padding);
-    result.paddingInStride = padding;
+    result.paddingInStride = bitmap ? 0 : padding;
+    result.stride = static_cast<int>(rowSize) + result.paddingInStride;
     result.rows.resize(static_cast<std::size_t>(height));
     const bool guarded = layout.memory == Memory::Guarded;
-    const bool made = !guarded ? result.makePlain(static_cast<std::size_t>(size), layout, pool)
+    const bool made = !guarded ? result.makePlain(static_cast<std::size_t>(rowSize), layout, pool)
                       : bitmap ? result.makeScattered(static_cast<std::size_t>(rowSize), layout.fill)
                                : result.makeGuarded(static_cast<std::size_t>(rowSize), layout);
     if (!made || (bitmap && !result.makeBitmapRecord(width, height, layout.memory)))
@@ -68,8 +71,9 @@ PixelRows::~PixelRows()
         pool->emplace(plainSize, std::move(plain));
 }
 
-bool PixelRows::makePlain(std::size_t size, const RowLayout& layout, PixelPool& freed)
+bool PixelRows::makePlain(std::size_t rowSize, const RowLayout& layout, PixelPool& freed)
 {
+    const std::size_t size = rows.size() * (rowSize + paddingSize);
     const auto pooled = freed.find(size);
     if (pooled != freed.end())
     {
@@ -89,8 +93,8 @@ bool PixelRows::makePlain(std::size_t size, const RowLayout& layout, PixelPool& 
     firstRow = plain.get();
     for (std::size_t y = 0; y < rows.size(); ++y)
     {
-        rows[y] = firstRow + y * static_cast<std::size_t>(stride);
-        std::memset(rows[y] + stride - paddingSize, canary, paddingSize);
+        rows[y] = firstRow + y * (rowSize + paddingSize);
+        std::memset(rows[y] + rowSize, canary, paddingSize);
     }
     return true;
 }
@@ -115,8 +119,10 @@ bool PixelRows::makeScattered(std::size_t rowSize, std::uint8_t fill)
 {
     const bool guardEachRow = rows.size() <= mostGuardedRows;
     const std::size_t blockCount = guardEachRow ? std::max<std::size_t>(rows.size(), 1) : 1;
-    const std::size_t blockSize =
-        guardEachRow ? rows.empty() ? 0 : rowSize : rows.size() * (rowSize + rowGap);
+    if (!guardEachRow)
+        paddingSize += rowGap;
+    const std::size_t distance = rowSize + paddingSize;
+    const std::size_t blockSize = guardEachRow ? rows.empty() ? 0 : distance : rows.size() * distance;
     for (std::size_t count = 0; count < blockCount; ++count)
     {
         auto block = GuardedBlock::make(blockSize);
@@ -124,17 +130,12 @@ bool PixelRows::makeScattered(std::size_t rowSize, std::uint8_t fill)
             return false;
         blocks.push_back(std::move(*block));
     }
-    if (!guardEachRow)
-    {
-        paddingSize = rowGap;
-        std::memset(blocks.front().data(), canary, blockSize);
-    }
     const std::vector<std::size_t> order = shuffledOrder(rows.size());
     for (std::size_t y = 0; y < rows.size(); ++y)
     {
-        rows[y] =
-            guardEachRow ? blocks[order[y]].data() : blocks.front().data() + order[y] * (rowSize + rowGap);
+        rows[y] = guardEachRow ? blocks[order[y]].data() : blocks.front().data() + order[y] * distance;
         std::memset(rows[y], fill, rowSize);
+        std::memset(rows[y] + rowSize, canary, paddingSize);
     }
     firstRow = rows.empty() ? blocks.front().data() : rows.front();
     return true;

@@ -58,7 +58,7 @@ public:
 private:
     PixelRows() = default;
 
-    bool makePlain(std::size_t size, const RowLayout& layout, PixelPool& pool);
+    bool makePlain(std::size_t rowSize, const RowLayout& layout, PixelPool& pool);
     bool makeGuarded(std::size_t rowSize, const RowLayout& layout);
     bool makeScattered(std::size_t rowSize, std::uint8_t fill);
     bool makeBitmapRecord(int width, int height, Memory memory);

@@ -51,6 +51,16 @@ HostSetup HostSetup::streamed() const
     return result;
 }
 
+HostSetup HostSetup::oddRows(int turn) const
+{
+    HostSetup result = *this;
+    std::vector<int> paddings{1, 3, 12, 0};
+    std::rotate(paddings.begin(), paddings.begin() + turn, paddings.end());
+    result.options.padding = paddings.front();
+    result.options.furtherPaddings.assign(paddings.begin() + 1, paddings.end());
+    return result;
+}
+
 HostSetup HostSetup::logged() const
 {
     HostSetup result = *this;

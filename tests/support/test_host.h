@@ -42,6 +42,9 @@ struct HostSetup
     HostSetup lanes(int limit) const;
     /// The plug-in stores results of any size around the cache, as it does with large ones.
     HostSetup streamed() const;
+    /// Pictures have rows of all alignments: padded by nothing, 1, 3 and 12 bytes, in an order that depends
+    /// on `turn`.
+    HostSetup oddRows(int turn) const;
     /// With a log of the plug-in's calls.
     HostSetup logged() const;
     /// Without some host functions, or methods loaded by declaration.
@@ -127,30 +130,36 @@ std::vector<standin::Artefact> bundlesOfThisBuild();
     INSTANTIATE_TEST_SUITE_P(MacBundle, Suite, testing::ValuesIn(bundlesOfThisBuild()),                      \
                              [](const auto& info) { return std::string(nameOf(info.param)); })
 
-/// Makes each of the four hosts, runs `test(TestHost&)` on it and checks the ledger.
+/// Makes each of the four hosts, with rows of all alignments, runs `test(TestHost&)` on it and checks the
+/// ledger.
 template <class Test>
 void forEachHost(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
+    int turn = 0;
     for (const HostSetup& setup : hostSetups(artefact))
     {
-        TestHost host{setup, line};
+        TestHost host{setup.oddRows(turn++), line};
         test(host);
     }
 }
 
 /// The same with each of the plug-in's loops: over 4 pixels at a time and over 8, storing through the cache
-/// and around it.
+/// and around it. Each host meets every order of the alignments once.
 template <class Test>
 void forEachHostAndLoop(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
+    int turn = 0;
     for (const int lanes : {4, 8})
         for (const bool streamed : {false, true})
+        {
             for (const HostSetup& setup : hostSetups(artefact))
             {
-                const HostSetup withLanes = setup.lanes(lanes);
+                const HostSetup withLanes = setup.lanes(lanes).oddRows(turn);
                 TestHost host{streamed ? withLanes.streamed() : withLanes, line};
                 test(host);
             }
+            ++turn;
+        }
 }
 
 /// The same in every version.
