@@ -12,7 +12,6 @@
 namespace
 {
 
-using reference::pixelOf;
 using standin::Arguments;
 using standin::MemoryBlock;
 using standin::Picture;

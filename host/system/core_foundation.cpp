@@ -19,7 +19,7 @@ constexpr std::uint32_t frameworksFolderMark = 0x4652414D;
 
 constexpr const char* frameworkName = "ApplicationServices.framework";
 
-std::string textOf(Core& core, CFStringRef string, const char* service);
+std::string stringOf(Core& core, CFStringRef string, const char* service);
 
 OSErr findFolder(Core& core, std::int16_t volume, OSType folder, Boolean create, FSRef* found)
 {
@@ -51,7 +51,7 @@ CFURLRef urlOfFolder(Core& core, CFAllocatorRef, const FSRef* folder)
 CFURLRef appendComponent(Core& core, CFAllocatorRef, CFURLRef base, CFStringRef component, Boolean)
 {
     const auto* folder = core.expect<UrlObject>(base, "CFURLCreateCopyAppendingPathComponent");
-    const std::string name = textOf(core, component, "CFURLCreateCopyAppendingPathComponent");
+    const std::string name = stringOf(core, component, "CFURLCreateCopyAppendingPathComponent");
     if (folder == nullptr)
         return nullptr;
     const std::string path = folder->path + "/" + name;
@@ -80,7 +80,7 @@ Boolean loadExecutable(Core& core, CFBundleRef bundle)
 void* findFunction(Core& core, CFBundleRef bundle, CFStringRef name)
 {
     const auto* object = core.expect<BundleObject>(bundle, "CFBundleGetFunctionPointerForName");
-    const std::string function = textOf(core, name, "CFBundleGetFunctionPointerForName");
+    const std::string function = stringOf(core, name, "CFBundleGetFunctionPointerForName");
     if (object == nullptr || !object->loaded || core.system.absentQuickDraw.contains(function))
         return nullptr;
     return findQuickDrawFunction(function);
@@ -149,7 +149,7 @@ namespace standin
 namespace
 {
 
-std::string textOf(Core& core, CFStringRef string, const char* service)
+std::string stringOf(Core& core, CFStringRef string, const char* service)
 {
     const auto* constant = reinterpret_cast<const CFConstantString*>(string);
     if (constant == nullptr || constant->classReference != &__CFConstantStringClassReference ||

@@ -4,8 +4,6 @@
 #define QVR_SYSTEM_IMPORT
 #else
 #define QVR_SYSTEM_IMPORT __attribute__((weak))
-// The compiler's constant strings refer to their class strongly, whatever a declaration says.
-asm(".weak __CFConstantStringClassReference");
 #endif
 
 extern "C" {

@@ -26,6 +26,10 @@ struct ApplicationServices
 template <class Signature>
 using QuickDrawFunction = EntryPoint<ApplicationServices, Signature>;
 
+#ifndef __APPLE__
+// The compiler's constant strings refer to their class strongly, whatever a declaration says.
+asm(".weak __CFConstantStringClassReference");
+#endif
 /// A constant CoreFoundation string, laid out by the compiler.
 #define QVR_CFSTRING(text) __builtin___CFStringMakeConstantString(text)
 

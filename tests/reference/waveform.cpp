@@ -11,7 +11,7 @@ namespace reference
 namespace
 {
 
-constexpr int largestSide = 32767;
+constexpr int longestSide = 32767;
 
 struct Colour
 {
@@ -196,7 +196,7 @@ std::optional<Waveform> renderWaveform(std::span<const std::uint8_t> samples,
         return std::nullopt;
     const int columns = settings.width >= 1 ? settings.width : count;
     const int rows = settings.height > 0 ? settings.height : 500;
-    if (columns < 1 || columns > largestSide || rows > largestSide)
+    if (columns < 1 || columns > longestSide || rows > longestSide)
         return std::nullopt;
 
     const double alpha = 2.0 / wrappingAdd(settings.smooth, 1);
