@@ -1,5 +1,7 @@
 #include "tests/support/artefact_file.h"
 
+#include "tests/support/test_host.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -12,7 +14,7 @@
 std::string binaryOf(standin::Artefact artefact)
 {
     return artefact == standin::Artefact::SharedObject
-               ? std::string(build::sharedObject)
+               ? sharedObjectToTest()
                : std::string(build::bundle) + "/Contents/MacOS/PictureQVR";
 }
 

@@ -3,6 +3,7 @@
 #include "tests/reference/picture.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <stdexcept>
 
@@ -79,13 +80,19 @@ HostSetup HostSetup::without(const std::set<std::string>& functions) const
     return result;
 }
 
+std::string sharedObjectToTest()
+{
+    const char* const other = std::getenv("PICTUREQVR_SHARED_OBJECT");
+    return other != nullptr ? other : build::sharedObject;
+}
+
 HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind)
 {
     HostSetup setup;
     setup.name = std::string(nameOf(artefact)) + ", " + std::string(nameOf(kind));
     setup.options.artefact = artefact;
     setup.options.kind = kind;
-    setup.options.plugin = artefact == standin::Artefact::SharedObject ? build::sharedObject : build::bundle;
+    setup.options.plugin = artefact == standin::Artefact::SharedObject ? sharedObjectToTest() : build::bundle;
     setup.options.freshFill = reference::untouchedByte;
     setup.options.logCalls = false;
     return setup;

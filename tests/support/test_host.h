@@ -51,6 +51,9 @@ struct HostSetup
     HostSetup without(const std::set<std::string>& functions) const;
 };
 
+/// The shared object of this build, or the one that the environment variable PICTUREQVR_SHARED_OBJECT names.
+std::string sharedObjectToTest();
+
 /// Host of a kind in the newest version, made of `artefact`. Its new pictures start with
 /// `reference::untouched` pixels.
 HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind = standin::Kind::Desktop);
