@@ -15,6 +15,11 @@ Host::Host(Options options) : core(std::make_shared<Core>(std::move(options)))
 
 Host::~Host() = default;
 
+void Host::rewind()
+{
+    core->rewind();
+}
+
 const Options& Host::options() const
 {
     return core->options;
@@ -122,7 +127,8 @@ const std::vector<std::string>& Host::lookups() const
 
 int Host::lookups(const std::string& name) const
 {
-    return static_cast<int>(std::count(core->lookups.begin(), core->lookups.end(), name));
+    const auto found = core->lookupCounts.find(name);
+    return found == core->lookupCounts.end() ? 0 : found->second;
 }
 
 std::int32_t* Host::pluginVariable(const std::string& name)

@@ -24,10 +24,9 @@ namespace standin
 /// Switches of the system beside the host.
 struct SystemSwitches
 {
-    bool foldersFound = true;              ///< FSFindFolder succeeds
-    bool bundlesCreated = true;            ///< CFBundleCreate succeeds
-    bool executablesLoad = true;           ///< CFBundleLoadExecutable succeeds
-    std::set<std::string> absentQuickDraw; ///< QuickDraw functions that the framework lacks
+    bool foldersFound = true;    ///< FSFindFolder succeeds
+    bool bundlesCreated = true;  ///< CFBundleCreate succeeds
+    bool executablesLoad = true; ///< CFBundleLoadExecutable succeeds
 };
 
 /// An instance of a class that the plug-in registered; owns a reference. Its constructor has run; the
@@ -64,6 +63,11 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
+    /// As a fresh host, and much faster: the plug-in's variables get the values again that they had when its
+    /// entry point had returned, so it looks everything up anew. What it holds is taken back; logs, planned
+    /// failures and the ledger are cleared. What callers hold stays.
+    void rewind();
+
     const Options& options() const;
 
     /// A new picture, filled with `freshFill`. Sizes the host's own language would refuse (0, or above 32767)
@@ -93,8 +97,8 @@ public:
     SystemSwitches& system();
     /// The quirks that pictures made by the plug-in get.
     PictureQuirks& newPictureQuirks();
-    /// Lets a host function exist or not. The plug-in keeps what it has found, so only names not yet used can
-    /// vanish.
+    /// Lets a function exist or not, as `Options::absent` does. The plug-in keeps what it has found, so only
+    /// names not yet used can vanish.
     void setAbsent(const std::string& name, bool absent = true);
 
     /// The calls of the plug-in so far, in order: host, system and QuickDraw functions, malloc, calloc and
@@ -102,7 +106,8 @@ public:
     /// in it.
     const std::vector<std::string>& callLog() const;
     void clearCallLog();
-    /// Every name that the plug-in asked the resolver for, in order.
+    /// Every function that the plug-in asked for (the resolver, by declaration, of the framework), in the
+    /// order of the first time.
     const std::vector<std::string>& lookups() const;
     /// How often it asked for that one.
     int lookups(const std::string& name) const;

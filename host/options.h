@@ -83,8 +83,8 @@ struct Options
     /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
     /// too.
     std::string plugin;
-    /// Takes the copy of the plug-in that an earlier host with this switch has left, if there is one, with its
-    /// variables as they were when it had just been loaded. Loading takes far longer than anything else.
+    /// Takes the copy of the plug-in that an earlier host with this switch has left, if there is one, with
+    /// its variables as they were when it had just been loaded. Loading takes far longer than anything else.
     bool reuse = false;
     /// Storage of the pictures that the plug-in makes, and of `newPicture` without storage; nothing: GWorld32
     /// on the desktop and where the kind is unknown, Bitmap else.
@@ -104,8 +104,8 @@ struct Options
     /// By how many bytes the stack misses an alignment to 16 whenever the plug-in is called: 0, 4, 8 or 12.
     /// Linux hosts of the plug-in's age promise an alignment to 4 only.
     int stackSkew = 0;
-    /// Host functions and methods loaded by declaration (by method name, such as "DrawPicture") that do not
-    /// exist.
+    /// Host functions, methods loaded by declaration (by method name, such as "DrawPicture") and QuickDraw
+    /// functions that do not exist.
     std::set<std::string> absent;
     /// Classes that "PluginNewInstance" cannot make.
     std::set<std::string> notInstantiable;

@@ -343,12 +343,7 @@ TEST_P(BinaryString, ReaderKeepsToItsLimits)
 
 TEST_P(BinaryString, SurvivesFailingCalls)
 {
-    std::vector<HostSetup> setups = stringHosts(artefact());
-    // Such hosts are unlocked after a failed lock too, which the ledger takes for a fault when the failure
-    // was a planned one.
-    std::erase_if(setups, [](const HostSetup& setup) {
-        return setup.options.version < 2012.0 && setup.options.newPictureStorage == Storage::Bitmap;
-    });
+    const std::vector<HostSetup> setups = stringHosts(artefact());
     torture(setups, {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
         const std::string bytes = reference::toBinaryString(download(sources[0]));
         return host.callGlobal("BinaryStringtoPictureQVR", {host.newString(bytes, standin::encodingNone)});

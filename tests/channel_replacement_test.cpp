@@ -114,14 +114,4 @@ TEST_P(ChannelReplacement, KeepsToItsLimits)
     }
 }
 
-TEST_P(ChannelReplacement, SurvivesFailingCalls)
-{
-    Random random{3};
-    const std::vector<reference::Picture> pictures{randomPicture(random, 7, 3), randomPicture(random, 8, 4)};
-    for (const Member& member : members)
-        torture(artefact(), pictures, [&](TestHost& host, std::vector<Picture>& sources) {
-            return host.call(sources[0], member.method, {sources[1]});
-        });
-}
-
 } // namespace

@@ -382,15 +382,4 @@ TEST_P(ColourSearch, AMaskThatWouldNotFitMemoryIsNil)
     expectNil(host, photo, "ExtractColorRectangleMaskQVR");
 }
 
-TEST_P(ColourSearch, SurvivesFailingCalls)
-{
-    TortureRules zero;
-    zero.cleanResult = 0;
-    tortureMethod(artefact(), "CountColorQVR", {0xFF0000U}, zero);
-    tortureMethod(artefact(), "ReplaceColorQVR", {0xFF0000U, 1U});
-    tortureMethod(artefact(), "ExtractColorQVR", {0xFF0000U, 1U, 2U});
-    tortureMethod(artefact(), "ExtractColorRectangleMaskQVR");
-    tortureMethod(artefact(), "ExtractColorRectangleMaskQVR", {1, 1, 4, 2});
-}
-
 } // namespace

@@ -410,25 +410,4 @@ TEST_P(ColourTransform, SurvivesFailingCalls)
     });
 }
 
-TEST_P(ColourTransform, SurvivesFailingCallsWithATarget)
-{
-    // A target that cannot be used is no failure, so either picture may come back; both hold the same pixels.
-    const reference::Picture picture = pictureToTorture();
-    torture(artefact(), {picture}, [&](TestHost& host, std::vector<Picture>& sources) {
-        const MemoryBlock table = identity(host);
-        return host.call(sources[0], "TransformColorsQVR",
-                         {table, table, table, host.newPicture(picture.width, picture.height)});
-    });
-}
-
-TEST_P(ColourCount, SurvivesFailingCalls)
-{
-    const TortureJob job = [](TestHost& host, std::vector<Picture>& sources) {
-        Counters counters;
-        counters.run(host, sources[0]);
-        return counters.count;
-    };
-    torture(artefact(), {pictureToTorture()}, job, {.cleanResult = -1});
-}
-
 } // namespace

@@ -154,16 +154,4 @@ TEST_P(Combine, KeepsToItsLimits)
     });
 }
 
-TEST_P(Combine, SurvivesFailingCalls)
-{
-    const std::vector<reference::Picture> two{pictureToTorture(3), pictureToTorture(4)};
-    const std::vector<reference::Picture> three{two[0], two[1], pictureToTorture(5)};
-    torture(artefact(), three, [](TestHost& host, std::vector<Picture>& sources) {
-        return combine(host, sources[0], sources[1], sources[2]);
-    });
-    torture(artefact(), two, [](TestHost& host, std::vector<Picture>& sources) {
-        return merge(host, sources[0], sources[1]);
-    });
-}
-
 } // namespace

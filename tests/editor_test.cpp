@@ -334,7 +334,7 @@ TEST_P(Editor, PixelsAreUnlockedWhenTheyHaveNoAddress)
 TEST_P(Editor, WithoutRowBytesEveryRowIsTheFirst)
 {
     TestHost host{desktop()};
-    host.system().absentQuickDraw.insert("GetPixRowBytes");
+    host.setAbsent("GetPixRowBytes");
     const Picture content = noise();
     Picture wanted(content.width, content.height, reference::untouched);
     const Picture inverted = reference::invert(content, {});

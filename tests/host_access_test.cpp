@@ -242,10 +242,10 @@ TEST_P(HostAccess, LooksUpMissingQuickDrawFunctionsAgain)
         SCOPED_TRACE(function);
         TestHost host{hostSetup(artefact())};
         const standin::Picture photo = upload(host, someContent);
-        host.system().absentQuickDraw.insert(function);
+        host.setAbsent(function);
         expectNil(host, photo, "InvertQVR");
         expectNil(host, photo, "InvertQVR");
-        host.system().absentQuickDraw.clear();
+        host.setAbsent(function, false);
         expectCall(someInverted, host, photo, "InvertQVR");
     }
 }
@@ -260,6 +260,10 @@ TEST_P(HostAccess, ReadsStringsInEveryVersion)
         host.expectBalanced("after writing");
         expectPicture(someContent, host.callGlobal("BinaryStringtoPictureQVR", {text}).picture(),
                       "reading back");
+        const bool older = host.options().version < 2013.0;
+        EXPECT_EQ(host.faults().callCount("REALLockString"), older ? 1 : 0);
+        EXPECT_EQ(host.faults().callCount("PluginGetStringData"), older ? 0 : 1);
+        EXPECT_EQ(host.lookups("PluginGetStringData") > 0, !older);
     });
 }
 

@@ -139,10 +139,4 @@ TEST_P(Inversion, KeepsToItsLimits)
             expectLimitsOfMethod(artefact(), method, arguments);
 }
 
-TEST_P(Inversion, SurvivesFailingCalls)
-{
-    tortureMethod(artefact(), "InvertQVR");
-    tortureMethod(artefact(), "InvertGrayQVR", {1, 1, 5, 2});
-}
-
 } // namespace

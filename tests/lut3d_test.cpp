@@ -385,14 +385,4 @@ TEST_P(Lut3D, KeepsToItsLimits)
         });
 }
 
-TEST_P(Lut3D, SurvivesFailingCalls)
-{
-    Random random{115};
-    const ColourCube cube = randomCube(random);
-    torture(artefact(), {pictureToTorture()}, [&](TestHost& host, std::vector<Picture>& sources) {
-        Instance filter = filterOf(host, cube);
-        return Value(runFilter(filter, sources[0]));
-    });
-}
-
 } // namespace

@@ -1,6 +1,8 @@
 // Runs the tests that GoogleTest's own options choose, or the suites named on the command line: a word
 // chooses every suite with it in its name, whatever the case, and with or without underscores. Choosing none
 // is a mistake, not a success. ASSERT_... ends the whole test, from whatever function or loop it stands in.
+#include "tests/support/failure_points.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -103,8 +105,10 @@ int main(int argc, char** argv)
 
     testing::UnitTest& program = *testing::UnitTest::GetInstance();
     program.listeners().Append(new EndTestAtFatalFailure);
+    auto* const failurePointCheck = new FailurePointCheck;
+    program.listeners().Append(failurePointCheck);
     const int status = RUN_ALL_TESTS();
     if (!GTEST_FLAG_GET(list_tests) && program.test_to_run_count() == 0)
         return complain(GTEST_FLAG_GET(filter));
-    return status;
+    return status != 0 ? status : failurePointCheck->failed() ? 1 : 0;
 }

@@ -267,16 +267,4 @@ TEST_P(EmbeddedMask, KeepsToItsLimits)
     });
 }
 
-TEST_P(EmbeddedMask, SurvivesFailingCalls)
-{
-    tortureMethod(artefact(), "EmbeddedMaskQVR", {true});
-    const TortureJob assigning = [](TestHost& host, std::vector<Picture>& sources) {
-        const auto before = sources[0].rgba();
-        host.assign(sources[0], "EmbeddedMaskQVR", {true}, sources[1]);
-        return Value(before != sources[0].rgba());
-    };
-    torture(artefact(), {pictureToTorture(33), pictureToTorture(34)}, assigning,
-            {.cleanResult = false, .changesSources = true});
-}
-
 } // namespace

@@ -87,9 +87,10 @@ struct Version
     std::uint32_t consoleFlag; ///< what the older console flag becomes
 };
 
-constexpr Version versions[] = {{0.0, 9, 0},     {2010.0, 9, 0},    {2010.0289, 9, 0}, {2010.029, 9, 4},
-                                {2011.0, 9, 4},  {2011.999, 9, 4},  {2012.0, 10, 4},   {2012.5, 10, 4},
-                                {2013.0, 11, 4}, {2013.029, 11, 4}, {2013.03, 12, 4},  {2019.1, 12, 4}};
+constexpr Version versions[] = {{0.0, 9, 0},       {2010.0, 9, 0},   {2010.0289, 9, 0}, {2010.029, 9, 4},
+                                {2011.0, 9, 4},    {2011.999, 9, 4}, {2012.0, 10, 4},   {2012.5, 10, 4},
+                                {2012.999, 10, 4}, {2013.0, 11, 4},  {2013.029, 11, 4}, {2013.03, 12, 4},
+                                {2019.1, 12, 4}};
 
 void* addressOf(REALanyFunction function)
 {
@@ -374,14 +375,10 @@ TEST_P(Registration, AsksForTheHostsFunctionsInOrder)
     {
         SCOPED_TRACE(absent);
         const TestHost host{hostSetup(artefact()).without({absent})};
-        std::vector<std::string> firstAsked;
-        for (const std::string& name : host.lookups())
-            if (std::find(firstAsked.begin(), firstAsked.end(), name) == firstAsked.end())
-                firstAsked.push_back(name);
         const std::vector<std::string> wanted{"RegisterPluginVersion", "REALGetRBVersion",
                                               "PluginRegisterClass", "PluginRegisterClassExtension",
                                               "PluginRegisterMethod"};
-        EXPECT_EQ(firstAsked, wanted);
+        EXPECT_EQ(host.lookups(), wanted);
     }
 }
 
@@ -395,7 +392,7 @@ TEST_P(Registration, AHostWithoutVersionIsAnOldOne)
 
 TEST_P(Registration, SkipsWhatTheHostCannotRegister)
 {
-    for (const Version& version : {versions[0], versions[11]})
+    for (const Version& version : {versions[0], versions[12]})
     {
         const HostSetup setup = hostSetup(artefact()).version(version.host);
         const TestHost noClasses{setup.without({"PluginRegisterClass"})};

@@ -78,9 +78,4 @@ TEST_P(Saturation, KeepsToItsLimits)
     expectLimitsOfMethod(artefact(), "ChangeSaturationQVR", {10});
 }
 
-TEST_P(Saturation, SurvivesFailingCalls)
-{
-    tortureMethod(artefact(), "ChangeSaturationQVR", {100});
-}
-
 } // namespace

@@ -343,7 +343,7 @@ TEST_P(Scrolling, MissingQuickDrawFunctionsDoNoHarm)
     {
         SCOPED_TRACE(function);
         TestHost host{hostSetup(artefact())};
-        host.system().absentQuickDraw = {function};
+        host.setAbsent(function);
         // A region that cannot be disposed of stays, and a picture scrolled in no port is the host's
         // complaint.
         host.ignoreLedger();
@@ -372,7 +372,7 @@ TEST_P(Scrolling, SurvivesFailingCalls)
 {
     Random random{59};
     const reference::Picture pixels = randomPicture(random, 6, 5);
-    const TortureRules rules{.cleanResult = false, .changesSources = true};
+    const TortureRules rules{.cleanResult = false};
     for (const int delta : {2, -2})
     {
         // A failure leaves the picture as it was and is told by false; nothing is ever half moved.

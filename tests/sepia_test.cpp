@@ -226,12 +226,4 @@ TEST_P(Sepia, KeepsToItsLimits)
         });
 }
 
-TEST_P(Sepia, SurvivesFailingCalls)
-{
-    torture(artefact(), {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
-        Instance filter = filterOf(host);
-        return Value(runFilter(filter, sources[0]));
-    });
-}
-
 } // namespace

@@ -100,11 +100,4 @@ TEST_P(Tint, KeepsToItsLimits)
                 [](TestHost& host) { expectNil(host, tint(host, Picture(), 0x555555, 0xFFFFFF)); });
 }
 
-TEST_P(Tint, SurvivesFailingCalls)
-{
-    torture(artefact(), {pictureToTorture()}, [](TestHost& host, std::vector<Picture>& sources) {
-        return tint(host, sources[0], 0x778899, 0xFFDD99);
-    });
-}
-
 } // namespace

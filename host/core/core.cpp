@@ -48,6 +48,9 @@ std::multimap<std::string, LoadedCopy>& idleCopies()
     return copies;
 }
 
+/// How many names of objects that are gone are kept for messages.
+constexpr std::size_t mostDead = 4096;
+
 /// "PluginGetStringData" came with this version.
 constexpr double firstStringDataVersion = 2013.0;
 
@@ -108,6 +111,41 @@ void Core::load()
         std::rethrow_exception(std::exchange(pendingError, nullptr));
     for (auto& [address, block] : heap)
         block.fromLoading = true;
+    fresh.emplace(*plugin);
+}
+
+void Core::rewind()
+{
+    fresh->restore();
+    faults.clear();
+    callLog.clear();
+    lookups.clear();
+    lookupCounts.clear();
+    takeBack();
+    faultTexts.clear();
+}
+
+void Core::takeBack()
+{
+    std::erase_if(heap, [](const auto& entry) {
+        const auto& [address, block] = entry;
+        if (!block.fromLoading && !block.guarded)
+            std::free(address);
+        return !block.fromLoading;
+    });
+    const std::map<const void*, int> inFields = fieldReferences();
+    std::vector<Object*> forsaken;
+    for (const auto& [handle, object] : objects)
+    {
+        const auto fields = inFields.find(handle);
+        object->references = object->held + (fields == inFields.end() ? 0 : fields->second);
+        if (auto* picture = dynamic_cast<PictureObject*>(object.get()))
+            picture->locks = picture->looseLocks = picture->failedLocks = picture->pixelLocks = 0;
+        if (object->references == 0)
+            forsaken.push_back(object.get());
+    }
+    for (Object* object : forsaken)
+        destroy(*object);
 }
 
 void Core::loadCopy()
@@ -129,8 +167,14 @@ void Core::loadCopy()
 void* Core::resolve(const char* name)
 {
     const std::string wanted = name == nullptr ? "" : name;
-    lookups.push_back(wanted);
-    return options.absent.contains(wanted) ? nullptr : findHostFunction(wanted);
+    return isOffered(wanted) ? findHostFunction(wanted) : nullptr;
+}
+
+bool Core::isOffered(const std::string& function)
+{
+    if (lookupCounts[function]++ == 0)
+        lookups.push_back(function);
+    return !options.absent.contains(function);
 }
 
 void Core::insert(std::unique_ptr<Object> object)
@@ -264,7 +308,7 @@ void Core::destroy(Object& object)
     }
     if (auto* picture = dynamic_cast<PictureObject*>(&object))
     {
-        if (picture->locks != 0 || picture->pixelLocks != 0)
+        if (picture->locks != 0 || picture->failedLocks != 0 || picture->pixelLocks != 0)
             fault(picture->name() + " was freed while locked");
         if (!picture->rows.intact())
             fault(picture->name() + ": bytes outside of its pixels were written");
@@ -285,6 +329,8 @@ void Core::destroy(Object& object)
         fault(memory->name() + ": bytes before it were written");
 
     void* handle = object.handle();
+    if (dead.size() == mostDead)
+        dead.clear();
     dead[handle] = object.name();
     objects.erase(handle);
 }
@@ -386,6 +432,8 @@ Ledger Core::takeLedger() const
         if (picture == nullptr)
             continue;
         outstanding(ledger.descriptionLocks, picture->locks, name + ": description locked");
+        outstanding(ledger.descriptionLocks, picture->failedLocks,
+                    name + ": not unlocked after a failed lock");
         outstanding(ledger.pixelLocks, picture->pixelLocks, name + ": pixels locked");
         ledger.looseLocks += picture->looseLocks;
         if (!picture->rows.intact())

@@ -46,6 +46,8 @@ public:
 
     /// Loads the plug-in and runs its entry point.
     void load();
+    /// As if it had just been loaded, by a process that holds nothing.
+    void rewind();
 
     /// The host that is calling the plug-in right now; the resolver and the services have no other way to
     /// find it.
@@ -136,6 +138,8 @@ public:
     void log(std::string call);
     Ledger takeLedger() const;
     void* resolve(const char* name);
+    /// Notes that the plug-in has asked for a function, and tells whether the host is to have it.
+    bool isOffered(const std::string& function);
 
     void* symbol(std::string_view name) const
     {
@@ -151,7 +155,8 @@ public:
     PictureQuirks newPictureQuirks;
     Registered registered;
     std::vector<std::string> callLog;
-    std::vector<std::string> lookups; ///< every name that the resolver was asked for, in order
+    std::vector<std::string> lookups; ///< every name that was asked for, in the order of the first time
+    std::map<std::string, int> lookupCounts;
     std::vector<std::string> faultTexts;
     std::exception_ptr pendingError;   ///< thrown by a service, to be thrown again outside of the plug-in
     ExceptionObject* raised = nullptr; ///< a held reference
@@ -164,6 +169,8 @@ private:
     int nextPadding();
     void insert(std::unique_ptr<Object> object);
     void destroy(Object& object);
+    /// Ends everything that the plug-in holds.
+    void takeBack();
     void reportBadHandle(const void* handle, const char* service, const char* wanted);
     /// How many fields of instances hold each picture.
     std::map<const void*, int> fieldReferences() const;
@@ -175,13 +182,14 @@ private:
     std::minstd_rand paddingOrder;
     std::unordered_map<const void*, std::unique_ptr<Object>> objects;
     std::unordered_map<const void*, PictureObject*> aliases;
-    std::unordered_map<const void*, std::string> dead; ///< names of objects that are gone, by handle
+    std::unordered_map<const void*, std::string> dead; ///< names of objects that went lately, by handle
     std::unordered_map<void*, HeapBlock> heap;
     std::map<std::string, int> serials;
     bool closing = false;
     std::string pluginPath;
     std::unique_ptr<Plugin> plugin;
     std::optional<Snapshot> loaded; ///< the plug-in before its entry point ran; for copies to be used again
+    std::optional<Snapshot> fresh;  ///< the plug-in when its entry point had returned
 };
 
 /// Makes a host the current one for as long as it lives.

@@ -40,11 +40,7 @@ bool Faults::strikes(const std::string& name, bool canFail)
     }
     if (const auto plan = plans.find(name); plan != plans.end())
         strike |= plan->second.always || (plan->second.countdown > 0 && --plan->second.countdown == 0);
-    if (strike)
-    {
-        ++failed;
-        lastFailed = name;
-    }
+    failed += strike;
     return strike;
 }
 

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 namespace standin
 {
@@ -34,7 +35,8 @@ public:
         return failed;
     }
 
-    /// The name of the call that failed last because of them; empty when none has.
+    /// The call that failed last because of them, as in the call log: "malloc(12)",
+    /// "CFBundleGetFunctionPointerForName(CFBundle#1, "LockPixels")". Empty when none has.
     const std::string& lastFailure() const
     {
         return lastFailed;
@@ -42,6 +44,11 @@ public:
 
     /// Counts a call, and tells whether it is to fail. For the host's own use.
     bool strikes(const std::string& name, bool canFail);
+    /// Tells what the call was that has just been struck.
+    void describeFailure(std::string call)
+    {
+        lastFailed = std::move(call);
+    }
 
 private:
     struct Plan

@@ -13,7 +13,7 @@ struct Ledger
     /// Sum over all live objects of the references that the plug-in has taken or made and not given back.
     /// Negative where it gave back more than it had.
     int references = 0;
-    /// Picture descriptions locked and not unlocked.
+    /// Picture descriptions locked and not unlocked; with hosts before 2012.0, those too whose lock failed.
     int descriptionLocks = 0;
     /// Two-argument locks that gave another type than a GWorld and were not unlocked. The host does not mind
     /// them, so they are no imbalance.

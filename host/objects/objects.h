@@ -73,7 +73,7 @@ struct PictureObject : Object
     PictureObject* mask = nullptr; ///< a held reference
     int locks = 0;
     int looseLocks = 0;
-    bool lastLockFailed = false;
+    int failedLocks = 0; ///< those that the host wants unlocked all the same
     int pixelLocks = 0;
     int cacheClears = 0;
     char gworld = 0; ///< its address is the GWorldPtr

@@ -20,7 +20,7 @@ void* findHostFunction(std::string_view name)
         entry<"newPicture", newPicture>(),
         entry<"pluginPictureGraphicsGetter", pictureGraphics>(),
         entry<"lockPictureDescription", lockDescription>(),
-        entry<"REALLockPictureDescription", lockDescriptionOfType>(),
+        entry<"REALLockPictureDescription", lockDescriptionOfType, failToLock>(),
         entry<"unlockPictureDescription", unlockDescription>(),
         entry<"REALPictureClearCache", clearCache>(),
         entry<"REALBuildPictureFromBuffer", pictureFromBuffer>(),
@@ -64,7 +64,7 @@ struct DeclaredMethod
 void* findDeclared(Core& core, const DeclaredMethod& method, const char* declaration)
 {
     const bool found = declaration != nullptr && std::string_view(declaration) == method.declaration &&
-                       !core.options.absent.contains(method.entry.name);
+                       core.isOffered(method.entry.name);
     return found ? method.entry.address : nullptr;
 }
 

@@ -38,6 +38,9 @@ REALgraphicsStruct* pictureGraphics(Core& core, REALpictureStruct* picture);
 void lockDescription(Core& core, REALpictureStruct* picture, REALpictureDescription* description);
 bool lockDescriptionOfType(Core& core, REALpictureStruct* picture, REALpictureDescription* description,
                            std::int32_t type);
+/// The same when it fails.
+bool failToLock(Core& core, REALpictureStruct* picture, REALpictureDescription* description,
+                std::int32_t type);
 void unlockDescription(Core& core, REALpictureStruct* picture);
 void clearCache(Core& core, REALpictureStruct* picture);
 REALpictureStruct* pictureFromBuffer(Core& core, std::int32_t width, std::int32_t height,

@@ -18,7 +18,7 @@ constexpr std::int32_t wholeSource = -10000;
 /// Description type of a picture that is no GWorld, towards the lock that does not ask for a type.
 constexpr std::int32_t otherDescriptionType = 0;
 
-/// The last hosts that are unlocked after a lock that failed.
+/// Hosts before this version want an unlock after a lock that failed, too.
 constexpr double firstStrictVersion = 2012.0;
 
 constexpr int largestSide = 32767;
@@ -112,13 +112,20 @@ bool lockDescriptionOfType(Core& core, REALpictureStruct* picture, REALpictureDe
     auto* object = core.expect<PictureObject>(picture, "REALLockPictureDescription");
     if (object == nullptr)
         return false;
-    object->lastLockFailed = traitsOf(object->storage).access != Access::Bitmap || object->quirks.lockFails ||
-                             type != pictureMemoryBitmap;
-    if (object->lastLockFailed)
-        return false;
+    if (traitsOf(object->storage).access != Access::Bitmap || object->quirks.lockFails ||
+        type != pictureMemoryBitmap)
+        return failToLock(core, picture, description, type);
     describe(*object, type, object->rows.bitmapWords(), *description);
     ++object->locks;
     return true;
+}
+
+bool failToLock(Core& core, REALpictureStruct* picture, REALpictureDescription*, std::int32_t)
+{
+    auto* object = core.lookUpAs<PictureObject>(picture);
+    if (object != nullptr && core.options.version < firstStrictVersion)
+        ++object->failedLocks;
+    return false;
 }
 
 void unlockDescription(Core& core, REALpictureStruct* picture)
@@ -126,8 +133,8 @@ void unlockDescription(Core& core, REALpictureStruct* picture)
     auto* object = core.expect<PictureObject>(picture, "unlockPictureDescription");
     if (object == nullptr)
         return;
-    if (object->lastLockFailed && core.options.version < firstStrictVersion)
-        object->lastLockFailed = false;
+    if (object->failedLocks > 0)
+        --object->failedLocks;
     else if (object->locks > 0)
         --object->locks;
     else if (object->looseLocks > 0)

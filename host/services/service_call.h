@@ -3,6 +3,7 @@
 /// call, lets it fail when that is planned, and keeps C++ exceptions from the plug-in's frames.
 #pragma once
 
+#include "abi/system_abi.h"
 #include "host/core/core.h"
 
 #include <algorithm>
@@ -25,11 +26,16 @@ struct ServiceName
     char text[size]{};
 };
 
+/// The text of a constant string; nothing when it is none.
+std::optional<std::string> constantText(CFStringRef string);
+
 template <class Argument>
 std::string describeArgument(const Core& core, Argument argument)
 {
     if constexpr (std::is_same_v<Argument, const char*>)
         return argument == nullptr ? "nil" : "\"" + std::string(argument) + "\"";
+    else if constexpr (std::is_same_v<Argument, CFStringRef>)
+        return "\"" + constantText(argument).value_or("") + "\"";
     else if constexpr (std::is_same_v<Argument, bool>)
         return argument ? "true" : "false";
     else if constexpr (std::is_pointer_v<Argument>)
@@ -38,31 +44,42 @@ std::string describeArgument(const Core& core, Argument argument)
         return std::to_string(argument);
 }
 
-/// Does a call: `function` gets the current host and the arguments. A planned failure gives `failure`.
-template <ServiceName name, auto function, int failure = 0, class... Arguments>
+template <ServiceName name, class... Arguments>
+std::string describeCall(const Core& core, Arguments... arguments)
+{
+    std::string text = name.text;
+    const char* separator = "(";
+    ((text += separator + describeArgument(core, arguments), separator = ", "), ...);
+    return text + (sizeof...(arguments) == 0 ? "()" : ")");
+}
+
+/// Does a call: `function` gets the current host and the arguments. A planned failure gives `failure`, which
+/// is a number or a function in the place of `function`.
+template <ServiceName name, auto function, auto failure = 0, class... Arguments>
 auto serve(Arguments... arguments)
 {
     using Result = std::invoke_result_t<decltype(function), Core&, Arguments...>;
     constexpr bool canFail = !std::is_void_v<Result> && !std::is_floating_point_v<Result>;
-    const auto failed = [] {
-        if constexpr (std::is_pointer_v<Result>)
+
+    Core& core = Core::current();
+    const auto failed = [&] {
+        if constexpr (std::is_invocable_v<decltype(failure), Core&, Arguments...>)
+            return failure(core, arguments...);
+        else if constexpr (std::is_pointer_v<Result>)
             return Result(nullptr);
         else if constexpr (!std::is_void_v<Result>)
             return static_cast<Result>(failure);
     };
 
-    Core& core = Core::current();
     try
     {
         if (core.options.logCalls)
-        {
-            std::string text = name.text;
-            const char* separator = "(";
-            ((text += separator + describeArgument(core, arguments), separator = ", "), ...);
-            core.log(text + (sizeof...(arguments) == 0 ? "()" : ")"));
-        }
+            core.log(describeCall<name>(core, arguments...));
         if (core.faults.strikes(name.text, canFail))
+        {
+            core.faults.describeFailure(describeCall<name>(core, arguments...));
             return failed();
+        }
         return function(core, arguments...);
     }
     catch (...)
@@ -79,20 +96,20 @@ struct ServiceEntry
     void* address;
 };
 
-template <ServiceName name, auto function, class Result, class... Arguments>
+template <ServiceName name, auto function, auto failure, class Result, class... Arguments>
 void* serviceAddress(Result (*)(Core&, Arguments...))
 {
     Result (*address)(Arguments...) = [](Arguments... arguments) -> Result {
-        return serve<name, function, 0, Arguments...>(arguments...);
+        return serve<name, function, failure, Arguments...>(arguments...);
     };
     return reinterpret_cast<void*>(address);
 }
 
 /// The row of `function` in such a table.
-template <ServiceName name, auto function>
+template <ServiceName name, auto function, auto failure = 0>
 ServiceEntry entry()
 {
-    return {name.text, serviceAddress<name, function>(function)};
+    return {name.text, serviceAddress<name, function, failure>(function)};
 }
 
 /// Address of a name in a table, or null.

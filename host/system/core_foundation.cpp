@@ -81,7 +81,7 @@ void* findFunction(Core& core, CFBundleRef bundle, CFStringRef name)
 {
     const auto* object = core.expect<BundleObject>(bundle, "CFBundleGetFunctionPointerForName");
     const std::string function = stringOf(core, name, "CFBundleGetFunctionPointerForName");
-    if (object == nullptr || !object->loaded || core.system.absentQuickDraw.contains(function))
+    if (object == nullptr || !object->loaded || !core.isOffered(function))
         return nullptr;
     return findQuickDrawFunction(function);
 }
@@ -151,14 +151,10 @@ namespace
 
 std::string stringOf(Core& core, CFStringRef string, const char* service)
 {
-    const auto* constant = reinterpret_cast<const CFConstantString*>(string);
-    if (constant == nullptr || constant->classReference != &__CFConstantStringClassReference ||
-        constant->length < 0)
-    {
+    const std::optional<std::string> text = constantText(string);
+    if (!text)
         core.fault(std::string(service) + ": its string is no constant CFString");
-        return {};
-    }
-    return {constant->bytes, static_cast<std::size_t>(constant->length)};
+    return text.value_or("");
 }
 
 template <class Function>
@@ -175,6 +171,15 @@ void* addressOf(Function* function)
 }
 
 } // namespace
+
+std::optional<std::string> constantText(CFStringRef string)
+{
+    const auto* constant = reinterpret_cast<const CFConstantString*>(string);
+    if (constant == nullptr || constant->classReference != &__CFConstantStringClassReference ||
+        constant->length < 0)
+        return std::nullopt;
+    return std::string(constant->bytes, static_cast<std::size_t>(constant->length));
+}
 
 void* findImport(std::string_view name)
 {

@@ -113,7 +113,18 @@ TestHost::TestHost(const HostSetup& setup, SourceLine line)
       hostSetup(setup),
       trace(line.trace(setup.name))
 {
-    for (const auto& [name, value] : setup.variables)
+    setVariables();
+}
+
+void TestHost::rewind()
+{
+    Host::rewind();
+    setVariables();
+}
+
+void TestHost::setVariables()
+{
+    for (const auto& [name, value] : hostSetup.variables)
     {
         std::int32_t* variable = pluginVariable(name);
         if (variable == nullptr)

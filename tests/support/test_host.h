@@ -75,9 +75,9 @@ constexpr int affordable(int number)
     return sanitized ? number / 5 : number;
 }
 
-/// One version on each side of every threshold.
-inline constexpr double hostVersions[] = {2010.0, 2010.029, 2011.0,  2012.0, 2012.5,
-                                          2013.0, 2013.02,  2013.03, 2019.1};
+/// Versions right below every threshold, at it and far from it.
+inline constexpr double hostVersions[] = {2010.0,   2010.0289, 2010.029, 2011.999, 2012.0,
+                                          2012.999, 2013.0,    2013.029, 2013.03,  2019.1};
 
 /// A host that checks its ledger when it ends, and speaks of its setup in every failure while it is current.
 class TestHost : public standin::Host
@@ -88,6 +88,8 @@ public:
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
 
+    /// As a fresh host with this setup.
+    void rewind();
     const HostSetup& setup() const
     {
         return hostSetup;
@@ -108,6 +110,8 @@ public:
     int callsOf(const std::string& start) const;
 
 private:
+    void setVariables();
+
     HostSetup hostSetup;
     testing::ScopedTrace trace;
     bool ledgerIgnored = false;
