@@ -25,7 +25,8 @@ Number numberAt(std::string_view bytes)
     return number;
 }
 
-/// Finds the sample data among the chunks of a RIFF file.
+} // namespace
+
 std::string_view samplesOf(std::string_view file, const std::string& path)
 {
     constexpr std::size_t riffHeaderSize = 12;
@@ -53,8 +54,6 @@ std::string_view samplesOf(std::string_view file, const std::string& path)
     }
     throw Error(path + ": the WAV file holds no samples");
 }
-
-} // namespace
 
 standin::Picture loadPicture(standin::Host& host, const std::string& path,
                              std::optional<standin::Storage> storage)

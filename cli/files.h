@@ -25,6 +25,9 @@ media::Image imageOf(const standin::Picture& picture, bool alpha = false);
 /// The samples of a PCM sound (".wav"), as they are stored; any other file as it is.
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path);
 
+/// The samples of a PCM sound, within the bytes of its WAV file; `path` is for messages.
+std::string_view samplesOf(std::string_view file, const std::string& path);
+
 /// The bytes of a text.
 inline std::span<const std::uint8_t> bytesOf(std::string_view text)
 {

@@ -77,13 +77,13 @@ const Format& formatOf(const std::string& path)
     return *found;
 }
 
-void write(const std::string& path, const Format& format, int width, int height, int channels,
-           const std::uint8_t* rows)
+std::vector<std::uint8_t> encoded(const std::string& path, const Format& format, int width, int height,
+                                  int channels, const std::uint8_t* rows)
 {
     std::vector<std::uint8_t> file;
     if (!format.encode(file, width, height, channels, rows))
         throw Error("cannot write " + path + ": the picture cannot be stored in this format");
-    standin::writeFile(path, file);
+    return file;
 }
 
 std::size_t byteCount(int width, int height, int channels)
@@ -96,7 +96,11 @@ std::size_t byteCount(int width, int height, int channels)
 
 Image readImage(const std::string& path, int channels)
 {
-    const std::vector<std::uint8_t> file = standin::readFile(path);
+    return decoded(standin::readFile(path), path, channels);
+}
+
+Image decoded(std::span<const std::uint8_t> file, const std::string& path, int channels)
+{
     Image image{0, 0, channels, {}};
     const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
         stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &image.width, &image.height,
@@ -115,7 +119,12 @@ void checkImageName(const std::string& path)
 
 void writeImage(const std::string& path, const Image& image)
 {
-    write(path, formatOf(path), image.width, image.height, image.channels, image.bytes.data());
+    standin::writeFile(path, encoded(path, image));
+}
+
+std::vector<std::uint8_t> encoded(const std::string& path, const Image& image)
+{
+    return encoded(path, formatOf(path), image.width, image.height, image.channels, image.bytes.data());
 }
 
 void writePng(const std::string& path, int width, int height, std::span<const std::uint8_t> rgba)
@@ -123,7 +132,7 @@ void writePng(const std::string& path, int width, int height, std::span<const st
     constexpr int channels = 4;
     if (rgba.size() != byteCount(width, height, channels))
         throw Error("cannot write " + path + ": its size and the number of its bytes do not agree");
-    write(path, formats.front(), width, height, channels, rgba.data());
+    standin::writeFile(path, encoded(path, formats.front(), width, height, channels, rgba.data()));
 }
 
 Image scaled(const Image& image, int width, int height)

@@ -24,11 +24,17 @@ struct Image
 /// 255.
 Image readImage(const std::string& path, int channels);
 
+/// The image in a file's bytes; `path` is for messages.
+Image decoded(std::span<const std::uint8_t> file, const std::string& path, int channels);
+
 /// Throws standin::Error unless the name ends in one of the formats that `writeImage` knows.
 void checkImageName(const std::string& path);
 
 /// Writes a PNG, JPEG, BMP or TGA image, whichever the name ends in.
 void writeImage(const std::string& path, const Image& image);
+
+/// What `writeImage` would write.
+std::vector<std::uint8_t> encoded(const std::string& path, const Image& image);
 
 /// Writes packed rows of R, G, B, A as PNG.
 void writePng(const std::string& path, int width, int height, std::span<const std::uint8_t> rgba);

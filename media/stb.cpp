@@ -1,4 +1,8 @@
 // The one place that holds the code of the image libraries.
+// Formats that nobody is promised stay closed to hostile files.
+#define STBI_NO_HDR
+#define STBI_NO_PIC
+#define STBI_NO_PSD
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_RESIZE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_IMPLEMENTATION

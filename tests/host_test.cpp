@@ -5,8 +5,11 @@
 #include "abi/system_abi.h"
 #include "host/core/core.h"
 #include "host/file.h"
+#include "host/loaders/elf_format.h"
+#include "host/loaders/macho_image.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/guarded_block.h"
+#include "tests/support/small_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -79,6 +82,15 @@ TEST(HostDeclaration, IsWrittenBackForMessages)
     EXPECT_EQ(standin::parseDeclaration("F(byref x as Integer,c as COLOR=&c0A0b0c,n as integer=-3)")
                   .parameterText(),
               "(byref x as integer, c as color = &c0A0B0C, n as integer = -3)");
+}
+
+/// What a fuzzer found: 5210000000 became an integer, whichever.
+TEST(HostDeclaration, TakesNoFractionsForWholeNumbers)
+{
+    for (const char* text : {"F(a as integer = 521e7)", "F(a as color = 1.5)", "F(a as UInt32 = -1e0)"})
+        EXPECT_THAT(errorOf([&] { standin::parseDeclaration(text); }), HasSubstr("expected a whole number"));
+    EXPECT_EQ(standin::parseDeclaration("F(a as double = 521e7)").parameters[0].defaultValue,
+              standin::Literal(521e7));
 }
 
 TEST(HostDeclaration, SaysWhereItIsWrong)
@@ -1006,6 +1018,53 @@ TEST_F(HostLoader, SurvivesEveryTruncationOfTheBundle)
     }
     EXPECT_EQ(loaded, 0);
     EXPECT_EQ(errorOf([&] { standin::loadMachO(path); }), "no error");
+}
+
+TEST_F(HostLoader, ReadsSmallFiles)
+{
+    const auto linked = [](Bytes file) {
+        return standin::MachOImage({{file.content.begin(), file.content.end()}, "small"});
+    };
+    const standin::MachOImage image = linked(smallBundle());
+    EXPECT_EQ(image.initialisers().size(), 1U);
+    EXPECT_NE(image.symbol("qvrLaneLimit"), nullptr);
+    EXPECT_EQ(image.symbol("qvrLaneLimi"), nullptr);
+    EXPECT_EQ(image.symbol("qvrLaneLimit2"), nullptr);
+
+    const std::string content = smallSharedObject().content;
+    const standin::ElfFile object({content.begin(), content.end()}, "small");
+    EXPECT_NE(object.symbolAddress("qvrLaneLimit"), 0U);
+    EXPECT_EQ(object.symbolAddress("qvrLaneLimi"), 0U);
+    EXPECT_TRUE(object.variables().empty()) << "instruments count in its only section";
+}
+
+/// What a fuzzer found: files of a few hundred bytes that kept the loader busy for minutes, or took all
+/// memory.
+TEST_F(HostLoader, RefusesFilesThatPromiseTooMuch)
+{
+    namespace places = smallBundlePlaces;
+    const auto error = [](const Bytes& file) {
+        return errorOf([&] { standin::MachOImage({{file.content.begin(), file.content.end()}, "small"}); });
+    };
+    EXPECT_EQ(error(smallBundle()), "no error");
+    EXPECT_THAT(error(smallBundle().setWord(places::initialisersSize, 0xFFFFFFFF)),
+                HasSubstr("initialisers lie outside of its segments"));
+    EXPECT_THAT(error(smallBundle().setWord(places::symbolCount, 0xFFFFFFFF)), "no error");
+    // Rebasing 255 words, and those again and again without moving on.
+    EXPECT_THAT(error(smallBundle().setWord(places::rebase + 4, 0x0001FF60)),
+                HasSubstr("more places than there are"));
+    EXPECT_THAT(error(smallBundle().setWord(places::rebase + 4, 0x7F807F80)), HasSubstr("more places than"));
+}
+
+/// What a fuzzer found: a crash in the host, on words that it reads itself.
+TEST_F(HostLoader, ReadsSegmentsThatSayTheyCannotBeRead)
+{
+    const Bytes file = smallBundle().setWord(smallBundlePlaces::protection, 0);
+    const standin::MachOImage image({{file.content.begin(), file.content.end()}, "small"});
+    const std::vector<std::uintptr_t> initialisers = image.initialisers();
+    ASSERT_EQ(initialisers.size(), 1U);
+    const auto variable = reinterpret_cast<std::uintptr_t>(image.symbol("qvrLaneLimit"));
+    EXPECT_EQ(initialisers[0], variable - smallBundlePlaces::variable) << "it was not rebased";
 }
 
 TEST_F(HostLoader, GivesACopyThatIsUsedAgainItsFirstVariables)

@@ -26,7 +26,11 @@ Literal readDefault(Scanner& scanner, Type type)
     const std::optional<Literal> literal = scanner.literal();
     if (!literal)
         scanner.fail("a value");
-    const auto converted = [type](auto number) -> Literal {
+    const auto converted = [type, &scanner](auto number) -> Literal {
+        // The language writes none of them with a point or an exponent.
+        if constexpr (std::is_same_v<decltype(number), double>)
+            if (type == Type::Integer || type == Type::Colour || type == Type::UInt32)
+                scanner.fail("a whole number");
         switch (type)
         {
         case Type::Integer:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 
 namespace standin
 {
@@ -27,6 +28,14 @@ constexpr RowWidths narrowRows{10, 4};
 std::string textOrNothing(const char* text)
 {
     return text == nullptr ? std::string() : std::string(text);
+}
+
+/// A process makes many hosts, and each of them gets the same texts.
+const Declaration& parsedOnce(const std::string& text)
+{
+    static std::map<std::string, Declaration> known;
+    const auto found = known.find(text);
+    return found != known.end() ? found->second : known.emplace(text, parseDeclaration(text)).first->second;
 }
 
 RegisteredMethod readMethodRow(const std::uint32_t* words, std::size_t width)
@@ -79,7 +88,7 @@ RegisteredMethod readMethod(const REALmethodDefinition& row)
 {
     RegisteredMethod method;
     method.text = textOrNothing(row.declaration);
-    method.declaration = parseDeclaration(method.text);
+    method.declaration = parsedOnce(method.text);
     method.handler = row.handler;
     method.setter = row.setter;
     method.flags = row.flags;

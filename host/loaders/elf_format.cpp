@@ -76,11 +76,14 @@ bool ElfFile::textIs(std::uint64_t offset, std::string_view text) const
 std::uint32_t ElfFile::symbolAddress(std::string_view name) const
 {
     std::uint32_t found = 0;
+    bool searched = false;
     forEachSection([&](const Elf32_Ehdr& header, const Elf32_Shdr& table) {
         Elf32_Shdr names{};
-        if (table.sh_type != SHT_SYMTAB ||
+        // A file has one such table only.
+        if (searched || table.sh_type != SHT_SYMTAB ||
             !read(names, header.e_shoff + std::uint64_t{table.sh_link} * sizeof names))
             return;
+        searched = true;
         Elf32_Sym symbol{};
         for (std::uint64_t at = 0;
              found == 0 && at + sizeof symbol <= table.sh_size && read(symbol, table.sh_offset + at);

@@ -30,7 +30,6 @@ constexpr std::uint8_t immediateMask = 0x0F;
 constexpr std::uint32_t sectionTypeMask = 0xFF;
 constexpr std::uint32_t sectionIsInitialisers = 9;
 
-constexpr std::uint32_t mayRead = 1;
 constexpr std::uint32_t mayWrite = 2;
 constexpr std::uint32_t mayExecute = 4;
 
@@ -82,13 +81,11 @@ const std::uint8_t* MachOBytes::range(std::uint64_t offset, std::uint64_t size) 
     return bytes.data() + offset;
 }
 
-std::string_view MachOBytes::text(std::uint64_t offset) const
+bool MachOBytes::textIs(std::uint64_t offset, std::string_view wanted) const
 {
-    const std::uint8_t* begin = range(offset, 0);
-    const std::uint8_t* end = std::find(begin, bytes.data() + bytes.size(), '\0');
-    if (end == bytes.data() + bytes.size())
-        fail("damaged: a name does not end");
-    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+    return offset + wanted.size() < bytes.size() &&
+           std::equal(wanted.begin(), wanted.end(), range(offset, wanted.size())) &&
+           *range(offset + wanted.size(), 1) == 0;
 }
 
 void MachOBytes::fail(const std::string& what) const
@@ -243,8 +240,7 @@ void MachOFile::readSegment(std::uint64_t offset)
         image.fail("damaged: a segment is larger in the file than in memory");
     image.range(segment.fileOffset, segment.fileSize);
     segmentList.push_back({segment.address, segment.memorySize, segment.fileOffset, segment.fileSize,
-                           (segment.protection & mayRead) != 0, (segment.protection & mayWrite) != 0,
-                           (segment.protection & mayExecute) != 0});
+                           (segment.protection & mayWrite) != 0, (segment.protection & mayExecute) != 0});
     for (std::uint32_t index = 0; index < segment.sectionCount; ++index)
     {
         const auto section = image.read<Section>(offset + sizeof segment + index * sizeof(Section));
@@ -268,6 +264,9 @@ void MachOFile::measure()
         image.fail("damaged: its segments make no sense");
     lowest = static_cast<std::uint32_t>(begin);
     extent = static_cast<std::uint32_t>(end - begin);
+    for (const WordRange& range : initialisers)
+        if (range.address < begin || std::uint64_t{range.address} + range.size > end)
+            image.fail("damaged: its initialisers lie outside of its segments");
 }
 
 std::uint32_t MachOFile::segmentAddress(std::uint8_t index) const
@@ -287,7 +286,10 @@ public:
         std::uint8_t immediate;
     };
 
-    Places(const MachOFile& bundle, Part part) : file(bundle), stream(bundle.image, part)
+    Places(const MachOFile& bundle, Part part)
+        : file(bundle),
+          stream(bundle.image, part),
+          placesLeft(bundle.image.size() / wordSize)
     {
     }
 
@@ -323,12 +325,14 @@ public:
     {
         address += size;
     }
-    /// Visits so many words, and leaves `gap` bytes out behind each.
+    /// Visits so many words, and leaves `gap` bytes out behind each. A word is linked in one way, and is in
+    /// the file: together there cannot be more of them.
     template <class Visit>
     void visit(std::uint32_t count, std::uint32_t gap, Visit visitWord)
     {
-        if (count > file.extent / wordSize)
+        if (count > placesLeft)
             file.image.fail("damaged: its linking instructions name more places than there are");
+        placesLeft -= count;
         for (; count > 0; --count, address += wordSize + gap)
             visitWord(address);
     }
@@ -342,6 +346,7 @@ public:
 private:
     const MachOFile& file;
     Stream stream;
+    std::size_t placesLeft;
     std::uint32_t address = 0;
 };
 
@@ -519,7 +524,7 @@ std::uint32_t MachOFile::symbolAddress(std::string_view name) const
     for (std::uint32_t index = 0; index < symbolTable.symbolCount; ++index)
     {
         const auto symbol = image.read<Symbol>(symbolTable.symbols + std::uint64_t{index} * sizeof(Symbol));
-        if (symbol.section != 0 && image.text(std::uint64_t{symbolTable.strings} + symbol.name) == name)
+        if (symbol.section != 0 && image.textIs(std::uint64_t{symbolTable.strings} + symbol.name, name))
             return symbol.value;
     }
     return 0;

@@ -26,7 +26,8 @@ public:
         return record;
     }
     const std::uint8_t* range(std::uint64_t offset, std::uint64_t size) const;
-    std::string_view text(std::uint64_t offset) const;
+    /// Whether a text with a zero behind it stands there.
+    bool textIs(std::uint64_t offset, std::string_view wanted) const;
     std::size_t size() const
     {
         return bytes.size();
@@ -48,7 +49,6 @@ struct MachOSegment
     std::uint32_t memorySize = 0;
     std::uint32_t fileOffset = 0;
     std::uint32_t fileSize = 0;
-    bool readable = false;
     bool writable = false;
     bool executable = false;
 };

@@ -114,8 +114,9 @@ void MachOImage::protect() const
     for (const MachOSegment& segment : file.segments())
     {
         const std::uint32_t size = (segment.memorySize + page - 1) / page * page;
-        const int rights = (segment.readable ? PROT_READ : 0) | (segment.writable ? PROT_WRITE : 0) |
-                           (segment.executable ? PROT_EXEC : 0);
+        // The host itself reads symbols and variables, whatever a file says about their segment.
+        const int rights =
+            PROT_READ | (segment.writable ? PROT_WRITE : 0) | (segment.executable ? PROT_EXEC : 0);
         if (segment.memorySize != 0 && segment.address % page == 0 &&
             mprotect(at(segment.address, segment.memorySize), size, rights) != 0)
             file.bytes().fail("its segments cannot be protected");
