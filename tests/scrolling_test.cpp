@@ -167,6 +167,21 @@ TEST_P(Scrolling, GWorldsShift)
     EXPECT_EQ(host.ledger().looseLocks, 0);
 }
 
+/// What a fuzzer found: QuickDraw was told to draw into nothing.
+TEST_P(Scrolling, AGWorldThatIsNilDoesNotShift)
+{
+    TestHost host{hostSetup(artefact())};
+    Random random{52};
+    Picture picture = upload(host, randomPicture(random, 7, 6));
+    const auto before = picture.rgba();
+    picture.quirks().nullData = true;
+    EXPECT_FALSE(vertical(host, picture, 2, false));
+    EXPECT_TRUE(horizontal(host, picture, 2, false));
+    EXPECT_FALSE(both(host, picture, 2, 2, false));
+    EXPECT_TRUE(before == picture.rgba());
+    host.expectBalanced("after shifts of nothing");
+}
+
 TEST_P(Scrolling, OtherPicturesDoNotShift)
 {
     for (const standin::Kind kind : {standin::Kind::Desktop, standin::Kind::Console, standin::Kind::Web})

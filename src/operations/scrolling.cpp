@@ -90,7 +90,7 @@ bool shiftGWorld(REALpictureStruct* picture, int16_t columns, int16_t rows)
         return false;
     REALpictureDescription description{};
     host.lockPictureDescription(picture, &description);
-    const bool isGWorld = description.type == pictureGWorldPtr;
+    const bool isGWorld = description.type == pictureGWorldPtr && description.data != nullptr;
     if (isGWorld)
     {
         CGrafPtr port = nullptr;
