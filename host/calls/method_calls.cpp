@@ -99,9 +99,15 @@ private:
     };
 
     /// The plug-in sees a variable that owns its reference, so the reference changes sides for the time of
-    /// the call.
+    /// the call. A variable that is passed twice is one variable to it too.
     void pushVariable(Value& value, Type type)
     {
+        for (const Variable& variable : variables)
+            if (variable.target == &value && variable.type == type)
+            {
+                slots.push(static_cast<const void*>(variable.words));
+                return;
+            }
         Variable& variable = variables.emplace_back(Variable{&value, type});
         if (type == Type::Double)
         {

@@ -1,0 +1,75 @@
+#include "fuzz/expect.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace fuzz
+{
+
+namespace
+{
+
+std::string textOf(reference::Pixel pixel)
+{
+    return "(" + std::to_string(pixel.red) + ", " + std::to_string(pixel.green) + ", " +
+           std::to_string(pixel.blue) + "; " + std::to_string(pixel.alpha) + ")";
+}
+
+std::string sizeText(int width, int height)
+{
+    return std::to_string(width) + " x " + std::to_string(height);
+}
+
+} // namespace
+
+void fail(const std::string& what)
+{
+    std::fprintf(stderr, "==FINDING== %s\n", what.c_str());
+    std::abort();
+}
+
+void expectBalanced(const standin::Host& host, const std::string& when)
+{
+    const standin::Ledger ledger = host.ledger();
+    if (!ledger.balanced())
+        fail(when + ": " + ledger.describe());
+}
+
+reference::Picture download(const standin::Picture& picture)
+{
+    reference::Picture result(picture.width(), picture.height());
+    const std::vector<std::uint8_t> bytes = picture.rgba();
+    const std::uint8_t* next = bytes.data();
+    for (reference::Pixel& pixel : result.pixels)
+    {
+        pixel = {next[0], next[1], next[2], next[3]};
+        next += 4;
+    }
+    return result;
+}
+
+void expectPicture(const reference::Picture& wanted, const standin::Picture& got, const std::string& what,
+                   bool alpha)
+{
+    if (got.isNil())
+        fail(what + ": wanted a picture, got nil");
+    if (got.width() != wanted.width || got.height() != wanted.height)
+        fail(what + ": wanted a picture of " + sizeText(wanted.width, wanted.height) + ", got one of " +
+             sizeText(got.width(), got.height()));
+    const standin::StorageTraits traits = traitsOf(got.storage());
+    const reference::Picture pixels = download(got);
+    for (std::size_t index = 0; index < pixels.pixels.size(); ++index)
+    {
+        reference::Pixel want = wanted.pixels[index];
+        if (!alpha || !traits.hasSpareByte)
+            want.alpha = pixels.pixels[index].alpha;
+        else if (want.alpha == 255)
+            want.alpha = traits.opaqueAlpha;
+        if (want != pixels.pixels[index])
+            fail(what + ": pixel " + std::to_string(index) + " of " + sizeText(wanted.width, wanted.height) +
+                 " in " + std::string(traits.name) + " is " + textOf(pixels.pixels[index]) + ", not " +
+                 textOf(want));
+    }
+}
+
+} // namespace fuzz

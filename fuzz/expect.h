@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/host.h"
+#include "tests/reference/picture.h"
+
+#include <string>
+
+namespace fuzz
+{
+
+/// Ends the process with a message when something does not hold; the fuzzer then keeps the input.
+[[noreturn]] void fail(const std::string& what);
+inline void expect(bool holds, const std::string& what)
+{
+    if (!holds)
+        fail(what);
+}
+
+/// Nothing is outstanding, nothing is wrong.
+void expectBalanced(const standin::Host& host, const std::string& when);
+/// The same colours as `wanted`. Its alpha 255 stands for the spare byte that writers leave; other values are
+/// wanted as they are. With `alpha` false no spare byte is looked at.
+void expectPicture(const reference::Picture& wanted, const standin::Picture& got, const std::string& what,
+                   bool alpha = true);
+
+/// The pixels of a host picture, spare bytes as they are.
+reference::Picture download(const standin::Picture& picture);
+
+} // namespace fuzz

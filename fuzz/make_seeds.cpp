@@ -1,0 +1,159 @@
+// Writes the inputs from which the fuzzers start: fuzz_seeds FOLDER makes a folder in it for each target.
+// They follow the order in which the targets read their decisions, so they are made anew whenever the targets
+// change.
+#include "cli/call_text.h"
+#include "fuzz/fuzz_host.h"
+#include "host/file.h"
+#include "media/image.h"
+#include "tests/reference/binary_string.h"
+#include "tests/support/small_files.h"
+
+#include <filesystem>
+#include <iostream>
+#include <random>
+
+namespace
+{
+
+/// One folder of seeds.
+class Seeds
+{
+public:
+    Seeds(const std::filesystem::path& root, const std::string& target) : folder(root / target)
+    {
+        std::filesystem::create_directories(folder);
+    }
+
+    void add(const std::string& content)
+    {
+        const std::string name = "seed" + std::to_string(count++);
+        standin::writeFile(folder / name,
+                           {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()});
+    }
+    void add(const Bytes& bytes)
+    {
+        add(bytes.content);
+    }
+
+private:
+    std::filesystem::path folder;
+    int count = 0;
+};
+
+/// The decisions of a `fuzz::FuzzHost`: kind, version, padding, stack, storage, loops.
+void putHost(Bytes& bytes, int kind, int loops)
+{
+    bytes.bytes({kind, 0, 0, 0, 0, loops});
+}
+
+void addBinaryStrings(const std::filesystem::path& root)
+{
+    Seeds seeds(root, "binary_string");
+    for (const int kind : {0, 1, 2})
+        for (const int side : {1, 5})
+        {
+            Bytes bytes;
+            putHost(bytes, kind, side % 4);
+            bytes.bytes({0, 0});
+            bytes.text(reference::toBinaryString({side + 12, side, {1, 2, 3}}));
+            seeds.add(bytes);
+        }
+}
+
+void addWaveforms(const std::filesystem::path& root)
+{
+    Seeds seeds(root, "waveform");
+    std::minstd_rand random(1);
+    for (int format = 0; format < 4; ++format)
+        for (const int outline : {20, 21, 23})
+        {
+            // A rare format is chosen by the first byte; small numbers are those after 20.
+            Bytes bytes;
+            bytes.bytes({0, format, outline, 21 + format, format % 2});
+            bytes.words({0x88B5C4, 0x274C5A, 0x203F4E});
+            bytes.bytes({60, 50, 20 + 10 * format});
+            putHost(bytes, format % 3, format);
+            for (int i = 0; i < 200; ++i)
+                bytes.put(static_cast<std::uint8_t>(random()));
+            seeds.add(bytes);
+        }
+}
+
+void addTexts(const std::filesystem::path& root)
+{
+    Seeds seeds(root, "texts");
+    const fuzz::Input none(nullptr, 0);
+    fuzz::Input input = none;
+    const fuzz::FuzzHost host(input);
+    constexpr int declaration = 255;
+    const auto addRows = [&](const std::vector<standin::RegisteredMethod>& rows) {
+        for (const standin::RegisteredMethod& row : rows)
+            seeds.add(Bytes().bytes({declaration}).text(row.text));
+    };
+    addRows(host.registered().globals);
+    for (const standin::RegisteredClass& extension : host.registered().extensions)
+        addRows(extension.methods);
+    int method = 0;
+    for (const char* call :
+         {"BinaryStringtoPictureQVR(\"PP\"\"IC\")", "PicturetoBinaryStringQVR(@photo.png)",
+          "CombinePicturesQVR(nil, @\"a b.png\", @c)", "MergePictureQVR(nil,nil)",
+          "TintPictureQVR(@p, &c88B5C4, &hFF0000)",
+          "RenderSamplesQVR(@s.wav, 0, 1, 80, 30, 1, &c1, &c2, &c3, 15, true)", "ColornessQVR",
+          "ScrollVerticalQVR(-3, true, false)", "ScrollHorizontalQVR(+3, false, true)"})
+        seeds.add(Bytes().bytes({method++}).text(call));
+}
+
+void addFiles(const std::filesystem::path& root)
+{
+    Seeds seeds(root, "media_files");
+    const Bytes format =
+        Bytes().put<std::uint16_t>(1).put<std::uint16_t>(1).words({8000, 16000}).words({0x100002});
+    const Bytes samples = Bytes().text("abcdefg");
+    const auto chunk = [](const char* name, const Bytes& content) {
+        return Bytes()
+            .text(name)
+            .put(static_cast<std::uint32_t>(content.content.size()))
+            .text(content.content);
+    };
+    const std::string sound = Bytes()
+                                  .text(chunk("fmt ", format).content)
+                                  .text(chunk("LIST", Bytes().text("odd")).zeros(1).content)
+                                  .text(chunk("data", samples).content)
+                                  .content;
+    seeds.add(chunk("RIFF", Bytes().text("WAVE").text(sound)));
+    for (int image = 0; image < 12; ++image)
+        seeds.add(Bytes()
+                      .bytes({0, image % 5, 4 + image, 3 + image % 4, image % 2, image / 2 % 2, image % 3})
+                      .put<std::uint16_t>(37)
+                      .text("any bytes are pixels"));
+}
+
+void addLoaders(const std::filesystem::path& root)
+{
+    Seeds seeds(root, "loaders");
+    seeds.add(smallBundle());
+    seeds.add(smallSharedObject());
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    try
+    {
+        if (argumentCount != 2)
+            throw standin::Error("usage: fuzz_seeds FOLDER");
+        const std::filesystem::path root = arguments[1];
+        addBinaryStrings(root);
+        addFiles(root);
+        addLoaders(root);
+        addTexts(root);
+        addWaveforms(root);
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << error.what() << "\n";
+        return 1;
+    }
+    return 0;
+}
