@@ -49,7 +49,7 @@ std::multimap<std::string, LoadedCopy>& idleCopies()
 }
 
 /// How many names of objects that are gone are kept for messages.
-constexpr std::size_t mostDead = 4096;
+constexpr std::size_t mostDead = 256;
 
 /// "PluginGetStringData" came with this version.
 constexpr double firstStringDataVersion = 2013.0;
