@@ -79,6 +79,33 @@ void addWaveforms(const std::filesystem::path& root)
         }
 }
 
+/// A host, four pictures and three blocks, and then one method again and again with any arguments.
+void addPrograms(const std::filesystem::path& root)
+{
+    constexpr int methods = 45;
+    constexpr int calls = 6;
+    constexpr int argumentBytes = 14;
+    constexpr std::uint32_t firstByteOfFault = 192;
+    Seeds seeds(root, "programs");
+    std::minstd_rand random(2);
+    for (int method = 0; method < methods; ++method)
+    {
+        Bytes bytes;
+        bytes.bytes({0});
+        putHost(bytes, method % 3, method % 4);
+        for (int picture = 0; picture < 4; ++picture)
+            bytes.bytes({0, 0, 12 - picture, 3, picture, picture, method, picture});
+        bytes.bytes({0, 1, 1, 2, 0, 3, 0});
+        for (int call = 0; call < calls; ++call)
+        {
+            bytes.bytes({0, method, call});
+            for (int argument = 0; argument < argumentBytes; ++argument)
+                bytes.bytes({static_cast<int>(random() % firstByteOfFault)});
+        }
+        seeds.add(bytes);
+    }
+}
+
 void addTexts(const std::filesystem::path& root)
 {
     Seeds seeds(root, "texts");
@@ -147,6 +174,7 @@ int main(int argumentCount, char** arguments)
         addBinaryStrings(root);
         addFiles(root);
         addLoaders(root);
+        addPrograms(root);
         addTexts(root);
         addWaveforms(root);
     }

@@ -330,11 +330,14 @@ private:
     static void keepSmall(const RegisteredMethod& method, Arguments& arguments)
     {
         constexpr int largest = 200;
+        constexpr int largestPen = 8;
         if (method.declaration.name != "RenderSamplesQVR")
             return;
         for (std::size_t index = 0; index < arguments.size(); ++index)
         {
             const std::string& name = method.declaration.parameters[index].name;
+            if (name == "outlinewidth" && arguments[index].integer() > largestPen)
+                arguments[index] = arguments[index].integer() % largestPen;
             if ((name == "SampleCount" || name == "Width" || name == "Height") &&
                 arguments[index].integer() > largest)
                 arguments[index] = arguments[index].integer() % largest;
