@@ -140,6 +140,40 @@ TEST_P(ColourCount, OneBlockCanTakeAllThree)
     });
 }
 
+TEST_P(ColourCount, OneVariableCanStandForAllThree)
+{
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
+        Random random{8};
+        const Picture source = upload(host, randomPicture(random, 19, 4, Palette::Few));
+        reference::Histograms apart;
+        reference::countColors(download(source), apart);
+        Histogram wanted{};
+        for (std::size_t i = 0; i < 256; ++i)
+            wanted[i] = apart.declaredRed[i] + apart.declaredBlue[i] + apart.declaredGreen[i];
+        // One block is made for all three, since the second parameter finds what the first was given.
+        Value block = nullptr;
+        Value count = 0;
+        for (const std::uint32_t times : {1U, 2U})
+        {
+            host.call(source, "CountColorsQVR", {byref(block), byref(block), byref(block), byref(count)});
+            Histogram sum = wanted;
+            for (std::uint32_t& counter : sum)
+                counter *= times;
+            expectHistogram(sum, block, "the one variable");
+            EXPECT_EQ(count.integer(), 19 * 4);
+            host.expectBalanced("after counting");
+        }
+        // Two of them, and the third apart.
+        Value two = nullptr;
+        Value green = nullptr;
+        host.call(source, "CountColorsQVR", {byref(two), byref(two), byref(green), byref(count)});
+        for (std::size_t i = 0; i < 256; ++i)
+            wanted[i] -= apart.declaredGreen[i];
+        expectHistogram(wanted, two, "the variable for two");
+        expectHistogram(apart.declaredGreen, green, "the third variable");
+    });
+}
+
 TEST_P(ColourCount, ShortBlocksStopIt)
 {
     forEachHost(artefact(), [](TestHost& host) {

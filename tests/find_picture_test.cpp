@@ -77,6 +77,36 @@ protected:
 };
 ON_EVERY_ARTEFACT(FindPicture);
 
+TEST_P(FindPicture, OneVariableForBothPlacesGetsTheRow)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        const Picture self = upload(host, drawn({".....", "...#.", "....."}));
+        const Picture wanted = upload(host, drawn({"#"}));
+        Value place = 99;
+        EXPECT_TRUE(host.call(self, "FindPictureQVR", {wanted, byref(place), byref(place)}).boolean());
+        EXPECT_EQ(place.integer(), 1);
+        place = 99;
+        EXPECT_FALSE(host.call(wanted, "FindPictureQVR", {self, byref(place), byref(place)}).boolean());
+        EXPECT_EQ(place.integer(), 0);
+    });
+}
+
+TEST_P(FindPicture, APictureIsAtTheStartOfItself)
+{
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
+        Random random{9};
+        for (const Storage storage : sourceStorages(host))
+            for (const int width : {1, 4, 8, 9, 33})
+            {
+                const Picture self = upload(host, randomPicture(random, width, 3, Palette::Few), storage);
+                const auto before = self.rgba();
+                EXPECT_EQ(text(find(host, self, self)), text(Position{0, 0})) << nameOf(storage);
+                EXPECT_TRUE(before == self.rgba());
+                host.expectBalanced("after a search in itself");
+            }
+    });
+}
+
 TEST_P(FindPicture, FailedCandidatesLeaveTheirRowsBehind)
 {
     expectFound({"....", ".##.", "####"}, {"..", "##"}, Position{2, 0}, artefact());

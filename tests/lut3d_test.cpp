@@ -354,6 +354,25 @@ TEST_P(Lut3D, DestinationCanBecomeTheSource)
     });
 }
 
+TEST_P(Lut3D, SourceAndDestinationCanBeOnePicture)
+{
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
+        Random random{115};
+        const ColourCube cube = randomCube(random);
+        const Picture source = upload(host, randomPicture(random, 17, 6));
+        const auto before = source.rgba();
+        Instance filter = filterOf(host, cube, {3, 2, 0, 0});
+        filter.set("DestinationPicture", source);
+        const Picture result = runFilter(filter, source);
+        EXPECT_FALSE(result == source);
+        expectPicture(reference::mapThroughCube(download(source), cube, {3, 2, 0, 0}, freshPicture(source)),
+                      result, "a source that was the destination");
+        EXPECT_TRUE(before == source.rgba()) << "the source was changed";
+        EXPECT_EQ(source.referenceCount(), 2) << "ours, and the filter's one as source";
+        host.expectBalanced("after the run");
+    });
+}
+
 TEST_P(Lut3D, CloseReleasesBothPicturesAndKeepsTheCube)
 {
     forEachHost(artefact(), [](TestHost& host) {

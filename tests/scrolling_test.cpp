@@ -167,6 +167,30 @@ TEST_P(Scrolling, GWorldsShift)
     EXPECT_EQ(host.ledger().looseLocks, 0);
 }
 
+TEST_P(Scrolling, APictureThatIsItsOwnMaskMovesTwice)
+{
+    forEachHost(artefact(), [](TestHost& host) {
+        Random random{53};
+        for (const Storage storage : lockableStorages(host))
+        {
+            Picture picture = upload(host, randomPicture(random, 11, 7), storage);
+            picture.setMask(picture);
+            const reference::Picture start = download(picture);
+            EXPECT_TRUE(vertical(host, picture, 2, true, true));
+            const reference::Picture down = reference::rotateVertically(start, 4);
+            expectPixels(down, picture, "vertically");
+            EXPECT_TRUE(horizontal(host, picture, -1, true, true));
+            const reference::Picture across = reference::rotateHorizontally(down, -2);
+            expectPixels(across, picture, "horizontally");
+            EXPECT_TRUE(both(host, picture, 3, 1, true, true));
+            expectPixels(reference::rotateVertically(reference::rotateHorizontally(across, 6), 2), picture,
+                         "in both directions");
+            // It would keep itself alive.
+            picture.removeMask();
+        }
+    });
+}
+
 /// What a fuzzer found: QuickDraw was told to draw into nothing.
 TEST_P(Scrolling, AGWorldThatIsNilDoesNotShift)
 {

@@ -175,6 +175,27 @@ TEST_P(Sepia, OldDestinationIsNotReleased)
     });
 }
 
+TEST_P(Sepia, SourceAndDestinationCanBeOnePicture)
+{
+    forEachHostAndLoop(artefact(), [](TestHost& host) {
+        // The reference of the destination that is overwritten is lost, as always.
+        host.ignoreLedger();
+        Random random{101};
+        const Picture source = upload(host, randomPicture(random, 17, 5));
+        const auto before = source.rgba();
+        const SepiaSettings settings{.sepiaRed = 9, .sepiaBlue = -30, .rectangle = {2, 1, 0, 0}};
+        Instance filter = filterOf(host, settings);
+        filter.set("DestinationPicture", source);
+        const Picture result = runFilter(filter, source);
+        EXPECT_FALSE(result == source);
+        expectPicture(reference::sepia(download(source), settings, freshPicture(source)), result,
+                      "a source that was the destination");
+        EXPECT_TRUE(before == source.rgba()) << "the source was changed";
+        EXPECT_EQ(host.ledger().references, 1);
+        EXPECT_TRUE(host.ledger().faults.empty());
+    });
+}
+
 TEST_P(Sepia, CloseReleasesBothPicturesOnce)
 {
     forEachHost(artefact(), [](TestHost& host) {
