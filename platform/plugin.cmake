@@ -29,7 +29,12 @@ set_target_properties(PictureQVR PROPERTIES
     UNITY_BUILD ${PICTUREQVR_UNITY}
     UNITY_BUILD_BATCH_SIZE 0)
 
-if(PICTUREQVR_SANITIZE)
+if(PICTUREQVR_COVERAGE)
+    target_compile_options(PictureQVR PRIVATE -fprofile-instr-generate -fcoverage-mapping)
+    target_link_options(PictureQVR PRIVATE -fprofile-instr-generate)
+endif()
+if(PICTUREQVR_SANITIZE OR PICTUREQVR_COVERAGE)
+    set(INSTRUMENTED ON)
     # Instrumented helpers of a formula are too large for the inliner's taste. One that stays outside a wide loop while
     # its caller goes in is called with vectors in registers that it does not look for: this compiler does not notice.
     target_compile_options(PictureQVR PRIVATE "SHELL:-mllvm -inline-threshold=2000")
@@ -42,7 +47,7 @@ if(CMAKE_SYSTEM_NAME STREQUAL Linux)
     target_compile_options(PictureQVR PRIVATE -ffunction-sections)
     target_link_options(PictureQVR PRIVATE
         -Wl,--version-script=${PROJECT_SOURCE_DIR}/platform/linux/exports.map -Wl,--gc-sections)
-    if(NOT PICTUREQVR_SANITIZE)
+    if(NOT INSTRUMENTED)
         target_link_options(PictureQVR PRIVATE -nostartfiles -nodefaultlibs -Wl,-z,defs)
         target_link_libraries(PictureQVR PRIVATE c)
     endif()

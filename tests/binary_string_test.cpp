@@ -66,6 +66,16 @@ protected:
 };
 ON_EVERY_ARTEFACT(BinaryString);
 
+TEST_P(BinaryString, NeedsAWayToReadStrings)
+{
+    for (const char* missing : {"StringGetCString", "LenB"})
+        for (const HostSetup& setup : hostSetups(artefact()))
+        {
+            TestHost host{setup.version(2013.0).without({"PluginGetStringData", missing})};
+            expectNil(host, read(host, reference::toBinaryString(reference::Picture{3, 2})), "a string");
+        }
+}
+
 TEST_P(BinaryString, OnePixel)
 {
     const std::uint8_t wanted[] = {0x50, 0x50, 0x49, 0x43, 0,    0, 0, 0x2B, 0,    0, 0,    1,    0,   0, 0,

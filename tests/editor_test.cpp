@@ -494,6 +494,15 @@ TEST_P(Editor, ACopyThatCannotBeDrawnStaysAsItWasMade)
         expectCall(wanted, host, photo, "InvertQVR");
         standin::Picture(photo).bitmapWords()[word] = before;
     }
+
+    // Nor is one without a record, or to a copy without one.
+    TestHost host{unknown().newPictures(Storage::Bitmap).without({"DrawPicture"})};
+    standin::Picture photo = upload(host, noise());
+    photo.quirks().nullData = true;
+    expectCall(wanted, host, photo, "InvertQVR");
+    photo.quirks() = {};
+    host.newPictureQuirks().nullData = true;
+    expectNil(host, photo, "InvertQVR");
 }
 
 TEST_P(Editor, SurvivesFailingCallsWhileCopying)

@@ -219,7 +219,8 @@ TEST_P(EmbeddedMask, AssigningWhatCannotBeUsedChangesNothing)
         unopened.quirks() = broken(host);
         const Picture good = upload(host, randomPicture(random, 4, 4));
         const std::vector<std::pair<Picture, Picture>> pairs{
-            {good, Picture()}, {good, unopened}, {unopened, good}, {Picture(), good}, {Picture(), Picture()}};
+            {good, Picture()}, {good, unopened},       {unopened, good},
+            {Picture(), good}, {Picture(), Picture()}, {good, host.newPicture(4, 0)}};
         for (const auto& [picture, mask] : pairs)
         {
             const auto before = good.rgba();
