@@ -496,13 +496,20 @@ TEST_P(Editor, ACopyThatCannotBeDrawnStaysAsItWasMade)
     }
 
     // Nor is one without a record, or to a copy without one.
-    TestHost host{unknown().newPictures(Storage::Bitmap).without({"DrawPicture"})};
+    const HostSetup cannotDraw = unknown().newPictures(Storage::Bitmap).without({"DrawPicture"});
+    {
+        TestHost host{cannotDraw};
+        standin::Picture photo = upload(host, noise());
+        photo.quirks().nullData = true;
+        expectCall(wanted, host, photo, "InvertQVR");
+    }
+    TestHost host{cannotDraw};
     standin::Picture photo = upload(host, noise());
-    photo.quirks().nullData = true;
-    expectCall(wanted, host, photo, "InvertQVR");
-    photo.quirks() = {};
+    ++photo.bitmapWords()[0];
     host.newPictureQuirks().nullData = true;
     expectNil(host, photo, "InvertQVR");
+    EXPECT_EQ(host.callsOf("newPicture"), 1) << "the copy";
+    --photo.bitmapWords()[0];
 }
 
 TEST_P(Editor, SurvivesFailingCallsWhileCopying)
