@@ -191,6 +191,27 @@ TEST_P(Scrolling, APictureThatIsItsOwnMaskMovesTwice)
     });
 }
 
+/// What a fuzzer found: with a framework that could be loaded only a moment later, the port before was not
+/// asked for, and nothing was put in its place.
+TEST_P(Scrolling, AFrameworkThatLoadsLateLeavesThePortAlone)
+{
+    for (const char* function :
+         {"FSFindFolder", "CFURLCreateFromFSRef", "CFURLCreateCopyAppendingPathComponent", "CFBundleCreate",
+          "CFBundleLoadExecutable", "CFBundleGetFunctionPointerForName"})
+    {
+        TestHost host{hostSetup(artefact())};
+        Random random{54};
+        const reference::Picture start = randomPicture(random, 7, 6);
+        const Picture picture = upload(host, start, Storage::GWorld32);
+        host.faults().failCall(function);
+        EXPECT_TRUE(vertical(host, picture, 2, false)) << function;
+        expectPixels(start, picture, function);
+        host.expectBalanced(function);
+        EXPECT_TRUE(vertical(host, picture, 2, false)) << function;
+        expectPixels(shifted(start, 0, 2), picture, "the next shift");
+    }
+}
+
 /// What a fuzzer found: QuickDraw was told to draw into nothing.
 TEST_P(Scrolling, AGWorldThatIsNilDoesNotShift)
 {

@@ -91,7 +91,8 @@ bool shiftGWorld(REALpictureStruct* picture, int16_t columns, int16_t rows)
     REALpictureDescription description{};
     host.lockPictureDescription(picture, &description);
     const bool isGWorld = description.type == pictureGWorldPtr && description.data != nullptr;
-    if (isGWorld)
+    // A port that cannot be asked for could not be put back.
+    if (isGWorld && quickDraw.GetGWorld.available())
     {
         CGrafPtr port = nullptr;
         GDHandle device = nullptr;
