@@ -14,6 +14,7 @@ using fuzz::Input;
 /// Widths from here on are refused; those below it and above the largest side of a picture only take long.
 constexpr int surelyTooWide = 1 << 28;
 constexpr int largestTriedSide = 40000;
+constexpr int largestUsualWidth = 500;
 constexpr int mostPixels = 1 << 15;
 constexpr int largestTriedPen = 16;
 
@@ -40,8 +41,11 @@ reference::WaveformSettings settingsFrom(Input& input)
 void limit(reference::WaveformSettings& settings, int samples)
 {
     constexpr int defaultHeight = 500;
-    if (settings.width > largestTriedSide && settings.width < surelyTooWide)
-        settings.width %= largestTriedSide;
+    constexpr int longestSide = 32767;
+    // Around the longest side of a picture it is decided whether there is one.
+    const bool telling = std::abs(settings.width - longestSide) <= 1 && settings.outlineWidth <= 1;
+    if (settings.width > largestUsualWidth && settings.width < surelyTooWide && !telling)
+        settings.width %= largestUsualWidth;
     int columns = settings.width >= 1 ? settings.width : std::max(samples, settings.sampleCount);
     if (settings.height < 1 && columns > mostPixels / defaultHeight && columns < surelyTooWide)
         columns = settings.width = columns % (mostPixels / defaultHeight) + 1;
