@@ -145,7 +145,7 @@ void tortureEverything(std::vector<Situation> situations, std::size_t sanitizedS
 
 TEST_P(Torture, EveryCallOnEveryHost)
 {
-    tortureEverything(everySituation(artefact()), 7);
+    tortureEverything(everySituation(artefact()), 11);
 }
 
 TEST_P(Torture, EveryCallInEveryVersion)
