@@ -212,6 +212,21 @@ TEST_P(Scrolling, AFrameworkThatLoadsLateLeavesThePortAlone)
     }
 }
 
+/// What a fuzzer found: QuickDraw was handed the region that it could not make.
+TEST_P(Scrolling, WithoutARegionNothingShifts)
+{
+    TestHost host{hostSetup(artefact())};
+    Random random{55};
+    const reference::Picture start = randomPicture(random, 7, 6);
+    const Picture picture = upload(host, start, Storage::GWorld32);
+    host.faults().failCall("NewRgn");
+    EXPECT_TRUE(vertical(host, picture, 2, false)) << "it is a GWorld all the same";
+    expectPixels(start, picture, "without a region");
+    host.expectBalanced("without a region");
+    EXPECT_TRUE(vertical(host, picture, 2, false));
+    expectPixels(shifted(start, 0, 2), picture, "the next shift");
+}
+
 /// What a fuzzer found: QuickDraw was told to draw into nothing.
 TEST_P(Scrolling, AGWorldThatIsNilDoesNotShift)
 {

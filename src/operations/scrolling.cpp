@@ -98,11 +98,13 @@ bool shiftGWorld(REALpictureStruct* picture, int16_t columns, int16_t rows)
         GDHandle device = nullptr;
         quickDraw.GetGWorld(&port, &device);
         quickDraw.SetGWorld(static_cast<GWorldPtr>(description.data), nullptr);
-        RgnHandle uncovered = quickDraw.NewRgn();
-        const Rect content{0, 0, static_cast<int16_t>(description.height),
-                           static_cast<int16_t>(description.width)};
-        quickDraw.ScrollRect(&content, columns, rows, uncovered);
-        quickDraw.DisposeRgn(uncovered);
+        if (RgnHandle uncovered = quickDraw.NewRgn(); uncovered != nullptr)
+        {
+            const Rect content{0, 0, static_cast<int16_t>(description.height),
+                               static_cast<int16_t>(description.width)};
+            quickDraw.ScrollRect(&content, columns, rows, uncovered);
+            quickDraw.DisposeRgn(uncovered);
+        }
         quickDraw.SetGWorld(port, device);
     }
     host.unlockPictureDescription(picture);
