@@ -43,7 +43,8 @@ void limit(reference::WaveformSettings& settings, int samples)
     constexpr int defaultHeight = 500;
     constexpr int longestSide = 32767;
     // Around the longest side of a picture it is decided whether there is one.
-    const bool telling = std::abs(settings.width - longestSide) <= 1 && settings.outlineWidth <= 1;
+    const bool telling =
+        settings.width >= longestSide - 1 && settings.width <= longestSide + 1 && settings.outlineWidth <= 1;
     if (settings.width > largestUsualWidth && settings.width < surelyTooWide && !telling)
         settings.width %= largestUsualWidth;
     int columns = settings.width >= 1 ? settings.width : std::max(samples, settings.sampleCount);
