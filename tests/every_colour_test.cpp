@@ -524,7 +524,7 @@ protected:
         for (const Storage storage : {Storage::GWorld32, Storage::GWorld24, Storage::Bitmap})
         {
             TestHost host{hostOf(artefact(), storage)};
-            for (const int lanes : {4, 8})
+            for (const int lanes : laneCounts())
             {
                 choose(host, {lanes, false});
                 SCOPED_TRACE(std::to_string(lanes) + " lanes");

@@ -42,7 +42,7 @@ SWAPPED = {"true": "false", "false": "true", "minimum": "maximum", "maximum": "m
 CONDITION = re.compile(r"(?<=\bif \()(?![^;]*;)(.+)(?=\)$)")
 CALL = re.compile(r"^\s*(?!return\b|delete\b|using\b|typedef\b|static_assert\b)[\w:.>\[\]-]+\([^;]*\);$")
 NOT_CODE = re.compile(r'//.*|"(?:[^"\\]|\\.)*"|\'(?:[^\'\\]|\\.)\'|/\*.*?\*/')
-LEFT_ALONE = re.compile(r"^\s*(?:#|using |namespace |template|static_assert|typedef )")
+LEFT_ALONE = re.compile(r"^\s*(?:#|using |namespace |template|asm\(|static_assert|typedef )")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -56,10 +56,10 @@ class Mutant:
         return f"{self.file}: {self.before} => {self.after}"
 
 
-def mutants_of(path):
+def mutants_of(tree, path):
     """Every change that this script knows how to make in a file."""
     found = []
-    for number, line in enumerate((ROOT / path).read_text().splitlines()):
+    for number, line in enumerate((tree / path).read_text().splitlines()):
         code = NOT_CODE.sub(lambda match: " " * len(match.group()), line)
         if LEFT_ALONE.match(code):
             continue
@@ -84,11 +84,11 @@ def mutants_of(path):
     return found
 
 
-def draw(seed):
-    """An endless row of mutants: file after file in a random order, a random change in each."""
-    files = sorted(str(path.relative_to(ROOT)) for path in (ROOT / "src").rglob("*") if path.suffix in (".h", ".cpp"))
+def draw(tree, seed):
+    """Every mutant there is, in a random order that goes through all files again and again."""
+    files = sorted(str(path.relative_to(tree)) for path in (tree / "src").rglob("*") if path.suffix in (".h", ".cpp"))
     chance = random.Random(seed)
-    left = {file: mutants for file in files if (mutants := mutants_of(file))}
+    left = {file: mutants for file in files if (mutants := mutants_of(tree, file))}
     for mutants in left.values():
         chance.shuffle(mutants)
     while left:
@@ -177,7 +177,7 @@ def main():
         list(pool.map(Worker.build, workers))
 
     lock = threading.Lock()
-    source = (mutant for mutant in draw(options.seed) if options.only in mutant.file)
+    source = (mutant for mutant in draw(workers[0].folder, options.seed) if options.only in mutant.file)
     reasons = explained()
     survivors = []
     counts = {"killed": 0, "survived": 0, "not compiled": 0}

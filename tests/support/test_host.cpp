@@ -80,6 +80,13 @@ HostSetup HostSetup::without(const std::set<std::string>& functions) const
     return result;
 }
 
+const std::vector<int>& laneCounts()
+{
+    static const std::vector<int> counts =
+        __builtin_cpu_supports("avx2") ? std::vector<int>{4, 8} : std::vector<int>{4};
+    return counts;
+}
+
 std::string sharedObjectToTest()
 {
     const char* const other = std::getenv("PICTUREQVR_SHARED_OBJECT");

@@ -54,6 +54,9 @@ struct HostSetup
 /// The shared object of this build, or the one that the environment variable PICTUREQVR_SHARED_OBJECT names.
 std::string sharedObjectToTest();
 
+/// How many pixels at a time the plug-in's loops can take on this processor: 4, and 8 where it has AVX2.
+const std::vector<int>& laneCounts();
+
 /// Host of a kind in the newest version, made of `artefact`. Its new pictures start with
 /// `reference::untouched` pixels.
 HostSetup hostSetup(standin::Artefact artefact, standin::Kind kind = standin::Kind::Desktop);
@@ -156,7 +159,7 @@ template <class Test>
 void forEachHostAndLoop(standin::Artefact artefact, Test test, SourceLine line = SourceLine::here())
 {
     int turn = 0;
-    for (const int lanes : {4, 8})
+    for (const int lanes : laneCounts())
         for (const bool streamed : {false, true})
         {
             for (const HostSetup& setup : hostSetups(artefact))
