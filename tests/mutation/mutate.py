@@ -25,6 +25,7 @@ TESTS = ROOT / "out" / "linux-i386" / "pictureqvr_tests"
 EXPLAINED = pathlib.Path(__file__).with_name("survivors.txt")
 # The bundle is not built anew; the command line runs with the ordinary build's own shared object.
 NOT_CONCERNED = "MacBundle/*:*Cli*"
+SLOW = "*EveryColour*"
 SLOWER_THAN_ALL_TESTS = 4
 
 OPERATORS = {
@@ -137,8 +138,8 @@ class Worker:
 
 
 def suites_like(file, suites):
-    """The suites that share a word with the file's name."""
-    words = [word for word in re.split(r"[_.]", pathlib.Path(file).stem) if len(word) > 2]
+    """The suites with a word in their names that begins like one in the file's: "Tint" for "tinting.cpp"."""
+    words = [word[:4] for word in re.split(r"[_.]", pathlib.Path(file).stem) if len(word) > 2]
     return [suite for suite in suites if any(word in suite.lower() for word in words)]
 
 
@@ -165,6 +166,7 @@ def main():
         parser.error("COUNT and --jobs start at 1")
 
     suites = listed_suites()
+    quick = f"*-{NOT_CONCERNED}:{SLOW}"
     everything = f"*-{NOT_CONCERNED}"
     workers = [Worker(f"worker{index}") for index in range(options.jobs)]
     print(f"Testing the unchanged plug-in with {len(suites)} suites", flush=True)
@@ -196,8 +198,8 @@ def main():
             outcome = "not compiled"
             if worker.build():
                 near = suites_like(mutant.file, suites)
-                by = near and worker.test(":".join(suite + "*" for suite in near), timeout)
-                by = by or worker.test(everything, timeout)
+                stages = [":".join(suite + "*" for suite in near) + f"-{SLOW}"] if near else []
+                by = next(filter(None, (worker.test(stage, timeout) for stage in [*stages, quick, SLOW])), None)
                 outcome = "killed" if by else "survived"
             path.write_text(original)
             with lock:
