@@ -218,6 +218,22 @@ TEST_P(OddHosts, AnythingIsFoundWithoutWorkingMemory)
     EXPECT_GT(found, 10);
 }
 
+/// A host may make larger pictures than the plug-in does, and is not asked for one.
+TEST_P(OddHosts, LargerPicturesAreNotAskedFor)
+{
+    for (const HostSetup& setup : hostSetups(artefact()))
+    {
+        TestHost host{setup.logged()};
+        for (const auto& [width, height] : {std::pair{32768, 1}, {1, 32768}})
+        {
+            const Picture source = host.newPicture(width, height);
+            for (const char* method : {"InvertQVR", "ExtractColorRectangleMaskQVR"})
+                expectNil(host, source, method);
+            EXPECT_EQ(host.callsOf("newPicture"), 0) << sizeText(width, height);
+        }
+    }
+}
+
 /// No picture is asked for that could not be filled.
 TEST_P(OddHosts, AMaskHasItsMemoryBeforeItsPicture)
 {
