@@ -2,8 +2,8 @@
 """Changes one place of the plug-in at a time and lists the changes that no test notices.
 
 Each change is made in a copy of the sources, built as the shared object, and tested by the test program of the ordinary
-build: first by the suites named like the file, then by all others. A survivor is either caught by a new test or explained
-in survivors.txt beside this file.
+build: first by the suites named like the file, then by all others. A change after which the shared object is the same is
+none. A survivor is either caught by a new test or explained in survivors.txt beside this file.
 """
 
 import argparse
@@ -26,7 +26,7 @@ EXPLAINED = pathlib.Path(__file__).with_name("survivors.txt")
 # The bundle is not built anew; the command line runs with the ordinary build's own shared object.
 NOT_CONCERNED = "MacBundle/*:*Cli*"
 SLOW = "*EveryColour*"
-SLOWER_THAN_ALL_TESTS = 4
+SLOWER_THAN_ALL_TESTS = 3
 
 OPERATORS = {
     "==": ["!="], "!=": ["=="], "<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"],
@@ -177,12 +177,13 @@ def main():
     timeout = SLOWER_THAN_ALL_TESTS * (time.monotonic() - start) + 60
     with concurrent.futures.ThreadPoolExecutor() as pool:
         list(pool.map(Worker.build, workers))
+    unchanged = {worker: worker.artefact.read_bytes() for worker in workers}
 
     lock = threading.Lock()
     source = (mutant for mutant in draw(workers[0].folder, options.seed) if options.only in mutant.file)
     reasons = explained()
     survivors = []
-    counts = {"killed": 0, "survived": 0, "not compiled": 0}
+    counts = {"killed": 0, "survived": 0, "not compiled": 0, "no change": 0}
 
     def work(worker):
         while True:
@@ -195,8 +196,11 @@ def main():
             lines[mutant.line] = lines[mutant.line].replace(mutant.before, mutant.after)
             path.write_text("".join(lines))
             by = None
-            outcome = "not compiled"
-            if worker.build():
+            if not worker.build():
+                outcome = "not compiled"
+            elif worker.artefact.read_bytes() == unchanged[worker]:
+                outcome = "no change"
+            else:
                 near = suites_like(mutant.file, suites)
                 stages = [":".join(suite + "*" for suite in near) + f"-{SLOW}"] if near else []
                 by = next(filter(None, (worker.test(stage, timeout) for stage in [*stages, quick, SLOW])), None)
@@ -216,8 +220,9 @@ def main():
 
     tested = counts["killed"] + counts["survived"]
     unexplained = [mutant for mutant in survivors if mutant.key() not in reasons]
-    print(f"\n{counts['killed']} of {tested} changes were noticed by the tests, {counts['not compiled']} more by the compiler; "
-          f"{len(survivors)} survived, {len(unexplained)} of them unexplained.")
+    print(f"\n{counts['killed']} of {tested} changes were noticed by the tests; {len(survivors)} survived, {len(unexplained)} "
+          f"of them unexplained. {counts['not compiled']} more did not compile, and {counts['no change']} made no difference "
+          "to the machine code.")
     for mutant in survivors:
         print(f"{mutant.key()}\n    {reasons.get(mutant.key(), 'UNEXPLAINED')}")
     return 1 if unexplained else 0
