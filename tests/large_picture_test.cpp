@@ -8,7 +8,6 @@ namespace
 {
 
 using standin::Picture;
-using standin::Storage;
 using standin::Value;
 
 /// The longest side, and as many rows of it as make 200 megapixels: 800 MB in a 4-byte format.

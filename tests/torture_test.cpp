@@ -11,7 +11,6 @@ namespace
 {
 
 using standin::Kind;
-using standin::Picture;
 using standin::Storage;
 using standin::Type;
 using standin::Value;
