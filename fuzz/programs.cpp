@@ -478,11 +478,13 @@ private:
         around(method.text, {}, {}, nullptr, [&] { return filter.call(method.declaration.name, arguments); });
     }
 
-    /// Pictures and strings that a call gave are used by later ones.
+    /// Pictures and strings that a call gave are used by later ones; a waveform may be too large to be looked
+    /// at so often.
     void keep(const Value& result)
     {
+        constexpr int mostPixels = 4096;
         const auto* picture = std::get_if<Picture>(&result.held());
-        if (picture != nullptr && !picture->isNil())
+        if (picture != nullptr && !picture->isNil() && picture->width() * picture->height() <= mostPixels)
             pictures[input.below(pictureCount)] = *picture;
         const auto* text = std::get_if<String>(&result.held());
         if (text != nullptr && !text->isNil())
