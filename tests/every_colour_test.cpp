@@ -285,7 +285,8 @@ std::vector<Case> tones()
     cases.push_back(
         {.name = "ChangeSaturationQVR",
          // (816 + 255) / 255 is 4.2, whose multiples round to whole numbers that they do not reach.
-                     .arguments = {{816}, {77}, {0}, {-255}, {-256}, {-300}, {255}, {1}, {-1}, {100000000}, {most}, {least}},
+         .arguments =
+             {{816}, {77}, {0}, {-255}, {-256}, {-300}, {255}, {1}, {-1}, {100000000}, {most}, {least}},
          .wanted = [](auto& first, auto&, auto& arguments) {
              return reference::saturation(first, arguments[0].integer());
          }});
