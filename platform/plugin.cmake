@@ -39,6 +39,10 @@ if(PICTUREQVR_SANITIZE OR PICTUREQVR_COVERAGE)
     # its caller goes in is called with vectors in registers that it does not look for: this compiler does not notice.
     target_compile_options(PictureQVR PRIVATE "SHELL:-mllvm -inline-threshold=2000")
 endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
+    # Without optimisation every helper stays outside.
+    target_compile_options(PictureQVR PRIVATE -O2 "SHELL:-mllvm -inline-threshold=2000")
+endif()
 
 if(CMAKE_SYSTEM_NAME STREQUAL Linux)
     set_target_properties(PictureQVR PROPERTIES
