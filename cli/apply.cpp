@@ -1,8 +1,8 @@
 #include "cli/apply.h"
 
-#include "cli/files.h"
 #include "cli/method_call.h"
 #include "host/file.h"
+#include "script/files.h"
 
 #include <algorithm>
 #include <charconv>
@@ -66,7 +66,7 @@ struct Files
 
 void save(const standin::Picture& picture, const std::string& path, bool alpha)
 {
-    media::writeImage(path, imageOf(picture, alpha));
+    media::writeImage(path, script::imageOf(picture, alpha));
 }
 
 void printVariables(const MethodCall& call, std::vector<std::string> saves)
@@ -103,7 +103,7 @@ void deliver(const MethodCall& call, const Value& result, const standin::Picture
     if (type == Type::Picture)
         return save(result.picture(), files.output, alpha);
     if (type == Type::String)
-        return standin::writeFile(files.output, bytesOf(result.string().bytes()));
+        return standin::writeFile(files.output, script::bytesOf(result.string().bytes()));
     if (type != Type::Nothing)
         std::cout << result.describe() << "\n";
     // A method without a picture to give may have changed its own.
@@ -146,16 +146,16 @@ void apply(const HostChoice& choice, const ApplyRequest& request)
         const auto number = fileNumber(name);
         if (number && *number == 0)
             throw Error("the files of the command line are numbered from @1");
-        return loadFile(host, number ? files.inputs[*number - 1] : name, type, choice.storage);
+        return script::loadFile(host, number ? files.inputs[*number - 1] : name, type, choice.storage);
     });
     checkOutput(call, onPicture, files.output);
 
     standin::Picture receiver;
     if (onPicture)
     {
-        receiver = loadPicture(host, files.inputs.front(), choice.storage);
+        receiver = script::loadPicture(host, files.inputs.front(), choice.storage);
         if (!request.mask.empty())
-            receiver.setMask(loadPicture(host, request.mask, choice.storage));
+            receiver.setMask(script::loadPicture(host, request.mask, choice.storage));
     }
     else if (!request.mask.empty())
         throw Error("--mask goes with methods of Picture");
@@ -173,11 +173,11 @@ void filter(const HostChoice& choice, const FilterRequest& request)
         throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");
     standin::Instance instance = host.newInstance(request.className);
     const FileReader read = [&](const std::string& name, Type type) {
-        return loadFile(host, name, type, choice.storage);
+        return script::loadFile(host, name, type, choice.storage);
     };
     for (const std::string& setting : request.settings)
         assignTo(instance, parseCall(setting), read);
-    instance.set("SourcePicture", loadPicture(host, request.input, choice.storage));
+    instance.set("SourcePicture", script::loadPicture(host, request.input, choice.storage));
 
     const std::vector<const standin::RegisteredMethod*> run =
         standin::methodsNamed(instance.definition().methods, "Run");

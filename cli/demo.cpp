@@ -1,9 +1,9 @@
 #include "cli/demo.h"
 
 #include "cli/demo_samples.h"
-#include "cli/files.h"
 #include "cli/method_call.h"
 #include "host/file.h"
+#include "script/files.h"
 
 #include <kainjow/mustache.hpp>
 
@@ -61,7 +61,7 @@ public:
     Things(standin::Host& standinHost, const DemoRequest& request, std::optional<standin::Storage> storage)
         : host(standinHost)
     {
-        const Picture photo = loadPicture(host, request.photo, storage);
+        const Picture photo = script::loadPicture(host, request.photo, storage);
         constexpr int smallest = 64;
         if (photo.width() < smallest || photo.height() < smallest)
             throw Error(request.photo + ": the demo needs a photograph of at least 64 x 64 pixels");
@@ -78,7 +78,7 @@ public:
                               photo.height() / 4, 1);
         const int step = std::max(1, photo.width() / 320);
         values["small"] = part(photo, 0, 0, photo.width() / step, photo.height() / step, step);
-        values["sound"] = loadBlock(host, request.sound);
+        values["sound"] = script::loadBlock(host, request.sound);
         const auto curve = [](int level) {
             const double x = level / 255.0;
             return static_cast<int>(std::lround(255 * x * x * (3 - 2 * x)));
@@ -171,7 +171,7 @@ private:
 media::Image overChequers(const Picture& picture)
 {
     constexpr int fieldsAcross = 40;
-    media::Image image = imageOf(picture);
+    media::Image image = script::imageOf(picture);
     const int field = std::max(1, picture.width() / fieldsAcross);
     const Picture mask = picture.mask();
     std::uint8_t* bytes = image.bytes.data();
@@ -256,7 +256,7 @@ public:
         things.emplace(host, request, choice.storage);
         photo = (*things)["photo"].picture();
         page.set("photo", request.photo);
-        page.set("original", save(imageOf(photo), "original"));
+        page.set("original", save(script::imageOf(photo), "original"));
         page.set("width", std::to_string(photo.width()));
         page.set("height", std::to_string(photo.height()));
         page.set("emptyTime", timeText(timeOfEmptyPicture(), 0));
@@ -362,9 +362,9 @@ private:
         if (sample.shows != Shows::Result)
             picture = receiver;
         if (!picture.isNil())
-            card.set("image",
-                     save(sample.shows == Shows::ReceiverWithAlpha ? overChequers(picture) : imageOf(picture),
-                          text.name));
+            card.set("image", save(sample.shows == Shows::ReceiverWithAlpha ? overChequers(picture)
+                                                                            : script::imageOf(picture),
+                                   text.name));
         const Picture walked = onPicture ? receiver : type == Type::Picture ? picture : Picture();
         // A test that ends at the first pixel has no rate to speak of.
         const bool wholePicture =
@@ -402,7 +402,7 @@ private:
         data card;
         card.set("call", code);
         card.set("caption", sample.caption);
-        card.set("image", save(imageOf(result), sample.className));
+        card.set("image", save(script::imageOf(result), sample.className));
         card.set("time", timeText(time, pixelCount(result)));
         return card;
     }
@@ -497,7 +497,7 @@ private:
         const std::string html = pageTemplate.render(page);
         if (!pageTemplate.is_valid())
             throw Error("the page's template is wrong: " + pageTemplate.error_message());
-        standin::writeFile(folder / "index.html", bytesOf(html));
+        standin::writeFile(folder / "index.html", script::bytesOf(html));
         std::cerr << "Shown: " << summary << ".\n";
         if (failures != 0)
             throw Error(std::to_string(failures) + " of " + std::to_string(total) + " samples failed");

@@ -2,6 +2,8 @@
 #include "cli/demo.h"
 #include "cli/host_choice.h"
 #include "cli/list.h"
+#include "cli/run.h"
+#include "script/failure.h"
 
 #include <CLI/CLI.hpp>
 
@@ -40,13 +42,28 @@ Examples:
   pictureqvr filter PictureLut3DQVR --set 'Table(0, 0, 0, 0)=12.5' photo.jpg out.png
 )";
 
+constexpr const char* runExamples = R"(
+The program is written in the host's language, of which docs/language.md tells what there is. It finds its files in the
+current folder; ARGUMENTS are what args(1), args(2) ... give. What goes wrong is told as FILE:LINE:COLUMN: MESSAGE.
+
+Examples:
+  pictureqvr run examples/InvertQVR.bas
+  pictureqvr run examples/InvertQVR.bas --file photo.jpg=holiday/beach.jpg
+)";
+
 /// One line, whatever the message looks like.
 int fail(const std::string& message, int code)
 {
     std::string line = message.substr(0, message.find_last_not_of('\n') + 1);
     std::replace(line.begin(), line.end(), '\n', ' ');
-    std::cerr << "pictureqvr: " << line << "\n";
+    std::cout.flush();
+    std::cerr << line << "\n";
     return code;
+}
+
+int failPlainly(const std::string& message, int code)
+{
+    return fail("pictureqvr: " + message, code);
 }
 
 } // namespace
@@ -98,6 +115,20 @@ int main(int argumentCount, char** arguments)
         ->type_name("NAME=VALUE");
     filter.add_flag("--alpha", filterRequest.alpha, "Save the alpha bytes too (default: opaque)");
 
+    cli::RunRequest runRequest;
+    CLI::App& run = *app.add_subcommand("run", "Run a program of the host's language");
+    run.footer(runExamples);
+    run.add_option("FILE", runRequest.program, "The program")->required()->type_name("");
+    run.add_option("ARGUMENTS", runRequest.arguments, "What the program is started with")->type_name("");
+    run.add_option("--file", runRequest.files,
+                   "The file that the program calls NAME lies at PATH; can be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("NAME=PATH");
+    run.add_option("--steps", runRequest.steps,
+                   "Stop after so many statements and rounds of loops (default: never)")
+        ->type_name("NUMBER");
+
     cli::DemoRequest demoRequest;
     CLI::App& demo =
         *app.add_subcommand("demo", "Run every operation on a photograph and write a page of the results");
@@ -116,6 +147,8 @@ int main(int argumentCount, char** arguments)
             cli::apply(choice, request);
         else if (filter)
             cli::filter(choice, filterRequest);
+        else if (run)
+            cli::run(choice, runRequest);
         else if (demo)
             cli::demo(choice, demoRequest);
     }
@@ -125,13 +158,17 @@ int main(int argumentCount, char** arguments)
     }
     catch (const CLI::ParseError& error)
     {
-        return fail(error.what() + std::string("; see pictureqvr --help"), usageError);
+        return failPlainly(error.what() + std::string("; see pictureqvr --help"), usageError);
+    }
+    catch (const script::Failure& failure)
+    {
+        return fail(failure.what(), EXIT_FAILURE);
     }
     catch (const std::exception& error)
     {
-        return fail(error.what(), EXIT_FAILURE);
+        return failPlainly(error.what(), EXIT_FAILURE);
     }
     if (!std::cout.flush())
-        return fail("cannot write to standard output", EXIT_FAILURE);
+        return failPlainly("cannot write to standard output", EXIT_FAILURE);
     return EXIT_SUCCESS;
 }

@@ -1,6 +1,6 @@
 // Files that users give to the command line: sounds in WAV files of any bytes, and images that were written
 // before.
-#include "cli/files.h"
+#include "script/files.h"
 #include "fuzz/expect.h"
 #include "fuzz/input.h"
 #include "media/image.h"
@@ -15,7 +15,7 @@ void readSound(Input& input)
 {
     const std::span<const std::uint8_t> file = input.remainder();
     const auto* begin = reinterpret_cast<const char*>(file.data());
-    const std::string_view samples = cli::samplesOf({begin, file.size()}, "sound.wav");
+    const std::string_view samples = script::samplesOf({begin, file.size()}, "sound.wav");
     fuzz::expect(samples.data() >= begin && samples.data() + samples.size() <= begin + file.size(),
                  "samples outside of their file");
 }

@@ -20,7 +20,7 @@ set(CMAKE_CXX_COMPILE_OPTIONS_USE_PCH -Xclang -include-pch -Xclang <PCH_FILE>)
 
 # The programs are developed beside each other: a folder joins the build as soon as it describes one.
 enable_testing()
-foreach(folder host media cli tests soak bench fuzz)
+foreach(folder host media script cli tests soak bench fuzz)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${folder}/CMakeLists.txt)
         add_subdirectory(${PROJECT_SOURCE_DIR}/${folder} ${PROJECT_BINARY_DIR}/${folder})
     endif()

@@ -397,6 +397,46 @@ TEST_P(Cli, RefusesWrongFilters)
     expectFailure("filter PictureSepiaQVR photo.tga out.png --set 'SepiaRed(1)=1'", "takes no arguments");
 }
 
+TEST_P(Cli, RunsPrograms)
+{
+    write("negative.bas", "' Shows: a negative.\n"
+                          "Dim photo As Picture = Picture.Open(GetFolderItem(\"photo.tga\"))\n"
+                          "photo.InvertQVR.Save(GetFolderItem(\"out.png\"), Picture.SaveAsPNG)\n"
+                          "Print args(0) + \" \" + args(1)\n");
+    expectSuccess("run negative.bas fine", "negative.bas fine\n");
+    expectPixels("out.png", 2, 2, negative);
+    write("black.tga", tga(1, 1, {{0, 0, 0}}));
+    expectSuccess("run negative.bas x --file photo.tga=black.tga --file out.png=white.png",
+                  "negative.bas x\n");
+    expectPixels("white.png", 1, 1, {{255, 255, 255}});
+    expectSuccess("--host console run negative.bas x", "negative.bas x\n");
+    expectPixels("out.png", 2, 2, negative);
+}
+
+/// One line, without the program's name, as compilers have it; what was printed before stays.
+TEST_P(Cli, TellsWhereAProgramIsWrong)
+{
+    const auto expectStop = [&](const std::string& program, const std::string& output,
+                                const std::string& error, const std::string& options = "") {
+        write("p.bas", program);
+        const Outcome result = run("run p.bas " + options);
+        EXPECT_EQ(result.code, failure) << program;
+        EXPECT_EQ(result.output, output) << program;
+        EXPECT_EQ(result.errors, error + "\n") << program;
+    };
+    expectStop("Print 1\nPrint (2", "", "p.bas:2:9: expected \")\"");
+    expectStop("Print 1\nPrint y", "",
+               "p.bas:2:7: expected a variable, a function or a method, \"y\" is none of them");
+    expectStop("Print 1\nDim p As New Picture(1, 1)\np = p.ReplaceRedChannelQVR(Nil)", "1\n",
+               "p.bas:3:7: NilObjectException: The channel picture is nil.");
+    expectStop("Dim p As Picture = Picture.Open(\"none.png\")", "",
+               "p.bas:1:28: cannot read none.png: No such file or directory");
+    expectStop("While True\nWend", "", "p.bas:1:1: stopped after 1000 steps", "--steps 1000");
+    expectFailure("run none.bas", "cannot read none.bas: No such file");
+    expectFailure("run p.bas --file photo.tga", "NAME=PATH");
+    expectFailure("run", "FILE is required", usage);
+}
+
 TEST_P(Cli, RefusesWrongOptions)
 {
     expectFailure("", "subcommand", usage);

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace cli
+namespace script
 {
 
 /// Loads an image; its alpha goes into the pixels' alpha byte, 255 where it has none.
@@ -38,4 +38,4 @@ inline std::span<const std::uint8_t> bytesOf(std::string_view text)
 standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,
                         std::optional<standin::Storage> storage = std::nullopt);
 
-} // namespace cli
+} // namespace script

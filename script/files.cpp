@@ -1,4 +1,4 @@
-#include "cli/files.h"
+#include "script/files.h"
 
 #include "host/file.h"
 
@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace cli
+namespace script
 {
 
 using standin::Error;
@@ -97,4 +97,4 @@ standin::Value loadFile(standin::Host& host, const std::string& path, standin::T
     }
 }
 
-} // namespace cli
+} // namespace script

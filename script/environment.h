@@ -1,0 +1,32 @@
+#pragma once
+
+#include "host/values/storage.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace script
+{
+
+/// What a program finds around it. Everything can be put in its place: tests and pages run programs with
+/// files of their own.
+struct Environment
+{
+    /// Where the file lies that a program calls so; may throw standin::Error.
+    std::function<std::string(const std::string& name)> path = [](const std::string& name) { return name; };
+    /// Takes each line that the program prints, without its end.
+    std::function<void(const std::string& line)> print = [](const std::string&) {};
+    /// What args(0), args(1) ... give: the program itself, then what it was started with.
+    std::vector<std::string> arguments;
+    /// How loaded pictures are stored; nothing: as the host stores new ones.
+    std::optional<standin::Storage> storage;
+    /// Statements and rounds of loops after which a program is stopped; 0: never.
+    std::uint64_t steps = 0;
+    /// The bytes of the largest picture, block or string that a program can make.
+    std::size_t largestObject = std::size_t{512} << 20;
+};
+
+} // namespace script
