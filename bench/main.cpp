@@ -201,6 +201,7 @@ private:
         {
             Progress(row.name).show("preparing");
             const Job job = row.prepare(workshop);
+            result.calls = workshop.takeNoted();
             result.items = job.items;
             result.bytes = job.bytes;
             measureJob(row, job, workshop, result);
@@ -271,8 +272,13 @@ private:
 
     nlohmann::json document() const
     {
-        return {{"artefact", options.artefact},   {"storage", options.storage},       {"lanes", lanes},
-                {"photoWidth", photograph.width}, {"photoHeight", photograph.height}, {"rows", report}};
+        return {{"run", describeRun(options.command)},
+                {"artefact", options.artefact},
+                {"storage", options.storage},
+                {"lanes", lanes},
+                {"photoWidth", photograph.width},
+                {"photoHeight", photograph.height},
+                {"rows", report}};
     }
 
     const Options options;

@@ -302,6 +302,7 @@ nlohmann::json toJson(const Row& row, const Result& result)
     };
     json["items"] = result.items;
     json["bytes"] = result.bytes;
+    json["calls"] = result.calls;
     json["memcpy"] = describe(result.memcpy);
     for (const LaneTiming& plugIn : result.plugIn)
     {

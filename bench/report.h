@@ -8,6 +8,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,8 @@ struct Result
     Timing memcpy;
     std::vector<LaneTiming> plugIn;
     std::vector<PeerTiming> peers;
-    std::string failure; ///< what went wrong; empty: nothing
+    std::set<std::string> calls; ///< the methods that it calls, or the filter that it runs
+    std::string failure;         ///< what went wrong; empty: nothing
 
     /// Millions of pixels (samples, calls) in a second of the plug-in, with the first number of lanes.
     double best() const

@@ -903,6 +903,7 @@ Job cubeJob(Workshop& workshop, const Picture& source)
 {
     constexpr std::uint32_t nodes = 16;
     constexpr double step = 17;
+    workshop.noteFilter("PictureLut3DQVR");
     standin::Instance cube = workshop.host.newInstance("PictureLut3DQVR");
     std::vector<double> table;
     for (std::uint32_t r = 0; r < nodes; ++r)
@@ -933,6 +934,7 @@ void addFilters(std::vector<Row>& rows)
     rows.push_back({"lut3d-grey", "3D table",
                     [](Workshop& workshop) { return cubeJob(workshop, workshop.paint(greys(0))); }});
     rows.push_back({"sepia", "sepia", [](Workshop& workshop) {
+                        workshop.noteFilter("PictureSepiaQVR");
                         standin::Instance sepia = workshop.host.newInstance("PictureSepiaQVR");
                         sepia.set("SepiaRed", 40);
                         sepia.set("SepiaGreen", 20);

@@ -94,6 +94,17 @@ public:
     void noteUse(const std::string& method, std::size_t argumentCount)
     {
         used.emplace(method, argumentCount);
+        noted.insert(method);
+    }
+    /// Remembers that a row runs a filter.
+    void noteFilter(const std::string& className)
+    {
+        noted.insert(className);
+    }
+    /// The names of what has been called or run since this was asked last.
+    std::set<std::string> takeNoted()
+    {
+        return std::exchange(noted, {});
     }
     /// Whether a row calls the overload that is declared so.
     bool uses(const standin::Declaration& declaration) const;
@@ -105,6 +116,7 @@ private:
     standin::Picture otherPhotoPicture;
     std::vector<std::weak_ptr<Workshop>> followers;
     std::set<std::pair<std::string, std::size_t>> used;
+    std::set<std::string> noted;
 };
 
 } // namespace bench
