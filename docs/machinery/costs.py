@@ -33,7 +33,7 @@ class Costs:
 
     def of(self, name: str) -> list[Cost]:
         """The rows that call a method or run a filter."""
-        return [row for row in self.rows if name in row.calls]
+        return [row for row in self.rows if name.lower() in map(str.lower, row.calls)]
 
 
 def _time(timing: dict[str, Any]) -> str:
