@@ -1,0 +1,5 @@
+' Shows: a double exposure: the lighter of the photograph and a copy moved to the right, channel by channel.
+Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
+Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
+Call moved.ScrollHorizontalQVR(photo.Width \ 3, True, False)
+MergePictureQVR(photo, moved).Save(GetFolderItem("MergePictureQVR.png"), Picture.SaveAsPNG)

@@ -1,0 +1,5 @@
+' Shows: blue taken from a copy that was moved downwards.
+Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
+Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
+Call moved.ScrollVerticalQVR(photo.Height \ 12, True, False)
+photo.ReplaceBlueChannelQVR(moved).Save(GetFolderItem("ReplaceBlueChannelQVR.png"), Picture.SaveAsPNG)
