@@ -41,7 +41,7 @@ qvr_photo_alt = "A red ladybird on a green stem, between blue forget-me-nots"
 qvr_sound = "/usr/share/sounds/alsa/Front_Center.wav"
 qvr_costs = str(HERE / "costs.json")
 qvr_examples = str(ROOT / "examples")
-qvr_complete = False
+qvr_complete = True
 qvr_included = {
     "ARCHITECTURE.md": "architecture",
     "CHANGELOG.md": "changelog",
