@@ -1,8 +1,10 @@
 #include "cli/apply.h"
 
-#include "cli/method_call.h"
 #include "host/file.h"
+#include "host/names.h"
 #include "script/files.h"
+#include "script/interpreter.h"
+#include "script/parser.h"
 
 #include <algorithm>
 #include <charconv>
@@ -11,12 +13,16 @@
 namespace cli
 {
 
+using script::CallOutcome;
 using standin::Error;
 using standin::Type;
 using standin::Value;
 
 namespace
 {
+
+/// What calls name the picture that they are made on.
+constexpr const char* receiverName = "photo";
 
 /// 2 for "2", nothing for a name that is no number.
 std::optional<std::size_t> fileNumber(const std::string& name)
@@ -30,16 +36,11 @@ std::optional<std::size_t> fileNumber(const std::string& name)
 }
 
 /// The highest number that a call names as "@NUMBER".
-std::size_t highestFileNumber(const CallText& text)
+std::size_t highestFileNumber(const script::Program& call)
 {
     std::size_t highest = 0;
-    const auto look = [&](const Term& term) {
-        if (const auto* file = std::get_if<FileName>(&term))
-            highest = std::max(highest, fileNumber(file->name).value_or(0));
-    };
-    std::for_each(text.arguments.begin(), text.arguments.end(), look);
-    if (text.assigned)
-        look(*text.assigned);
+    for (const script::NamedPlace& file : call.fileNames)
+        highest = std::max(highest, fileNumber(file.name).value_or(0));
     return highest;
 }
 
@@ -69,9 +70,9 @@ void save(const standin::Picture& picture, const std::string& path, bool alpha)
     media::writeImage(path, script::imageOf(picture, alpha));
 }
 
-void printVariables(const MethodCall& call, std::vector<std::string> saves)
+void printVariables(const CallOutcome& outcome, std::vector<std::string> saves)
 {
-    for (const Variable& variable : call.variables())
+    for (const script::NamedValue& variable : outcome.variables)
     {
         const auto wanted = std::find_if(saves.begin(), saves.end(), [&](const std::string& entry) {
             return standin::sameName(entry.substr(0, entry.find('=')), variable.name);
@@ -92,66 +93,92 @@ void printVariables(const MethodCall& call, std::vector<std::string> saves)
 }
 
 /// Writes or prints what a call gave.
-void deliver(const MethodCall& call, const Value& result, const standin::Picture& receiver,
-             const Files& files, bool alpha)
+void deliver(const CallOutcome& outcome, const standin::Picture& receiver, const Files& files, bool alpha)
 {
-    const standin::Declaration& declaration = call.method().declaration;
-    const Type type = call.isAssignment() ? Type::Nothing : declaration.result;
-    const bool makesFile = type == Type::Picture || type == Type::String;
-    if (makesFile && result.isNil())
-        throw Error(declaration.name + " gave nil");
-    if (type == Type::Picture)
-        return save(result.picture(), files.output, alpha);
-    if (type == Type::String)
-        return standin::writeFile(files.output, script::bytesOf(result.string().bytes()));
-    if (type != Type::Nothing)
-        std::cout << result.describe() << "\n";
+    const bool makesFile = outcome.type == Type::Picture || outcome.type == Type::String;
+    if (makesFile && outcome.result.isNil())
+        throw Error(outcome.name + " gave nil");
+    if (outcome.type == Type::Picture)
+        return save(outcome.result.picture(), files.output, alpha);
+    if (outcome.type == Type::String)
+        return standin::writeFile(files.output, script::bytesOf(outcome.result.string().bytes()));
+    if (outcome.type != Type::Nothing)
+        std::cout << outcome.result.describe() << "\n";
     // A method without a picture to give may have changed its own.
-    if (!files.output.empty())
+    if (!files.output.empty() && !receiver.isNil())
         save(receiver, files.output, alpha);
 }
 
-/// Refuses outputs that cannot work before anything is computed.
-void checkOutput(const MethodCall& call, bool onPicture, const std::string& output)
+/// What is known of a call before it is made.
+struct Plan
 {
-    const standin::Declaration& declaration = call.method().declaration;
-    const Type type = call.isAssignment() ? Type::Nothing : declaration.result;
-    const bool makesPicture = type == Type::Picture || (onPicture && type != Type::String);
-    if (output.empty() && (type == Type::Picture || type == Type::String || call.isAssignment()))
-        throw Error(declaration.name + " needs an output file");
-    if (!output.empty() && !onPicture && type != Type::Picture && type != Type::String)
-        throw Error(declaration.name + " has nothing to write to " + output);
-    if (!output.empty() && makesPicture)
-        media::checkImageName(output);
-}
+    bool onPicture = false; ///< it needs a picture that it is made on
+    bool assigns = false;
+    std::string name; ///< what gives the result, as declared
+    Type type = Type::Nothing;
+
+    Plan(const script::Program& call, const standin::Registered& registered)
+        : assigns(std::holds_alternative<script::Assignment>(call.block.front().node))
+    {
+        const auto& node = call.block.front().node;
+        const script::Expression& target =
+            assigns ? std::get<script::Assignment>(node).target : std::get<script::Call>(node).call;
+        const auto* path = std::get_if<script::Path>(&target.node);
+        const std::string first =
+            std::get<script::Name>(path == nullptr ? target.node : path->base->node).name;
+        name = path == nullptr ? first : path->members.back().name;
+        if (!isKnown(registered, first))
+            throw Error("there is no method " + first + "; \"pictureqvr list\" shows all");
+        onPicture = std::any_of(call.freeNames.begin(), call.freeNames.end(), [&](const auto& free) {
+            return standin::sameName(free.name, receiverName) ||
+                   script::isPictureMember(registered, free.name);
+        });
+        auto methods = registered.pictureMethods(name);
+        if (methods.empty() && path == nullptr)
+            methods = registered.globalMethods(name);
+        if (methods.empty())
+            return;
+        name = methods.front()->declaration.name;
+        if (!assigns)
+            type = methods.front()->declaration.result;
+    }
+
+    /// Refuses outputs that cannot work before anything is computed.
+    void checkOutput(const std::string& output) const
+    {
+        const bool makesPicture = type == Type::Picture || (onPicture && type != Type::String);
+        if (output.empty() && (type == Type::Picture || type == Type::String || assigns))
+            throw Error(name + " needs an output file");
+        if (!output.empty() && !onPicture && type != Type::Picture && type != Type::String)
+            throw Error(name + " has nothing to write to " + output);
+        if (!output.empty() && makesPicture)
+            media::checkImageName(output);
+    }
+
+private:
+    static bool isKnown(const standin::Registered& registered, const std::string& name)
+    {
+        return standin::sameName(name, receiverName) || script::isPictureMember(registered, name) ||
+               !registered.globalMethods(name).empty() || script::isFunction(name) ||
+               script::hasClassMembers(name);
+    }
+};
 
 } // namespace
 
 void apply(const HostChoice& choice, const ApplyRequest& request)
 {
-    const CallText text = parseCall(request.call);
+    const script::Program call = script::parseCall(request.call);
     for (const std::string& entry : request.saves)
         if (entry.find('=') == std::string::npos)
             throw Error("--save takes NAME=FILE, not \"" + entry + "\"");
     standin::Host host(choice.options());
-    auto methods = host.registered().pictureMethods(text.name);
-    const bool onPicture = !methods.empty();
-    if (!onPicture)
-        methods = host.registered().globalMethods(text.name);
-    if (methods.empty())
-        throw Error("there is no method " + text.name + "; \"pictureqvr list\" shows all");
-
-    const Files files(request.files, std::max<std::size_t>(onPicture ? 1 : 0, highestFileNumber(text)));
-    const MethodCall call(methods, text, [&](const std::string& name, Type type) {
-        const auto number = fileNumber(name);
-        if (number && *number == 0)
-            throw Error("the files of the command line are numbered from @1");
-        return script::loadFile(host, number ? files.inputs[*number - 1] : name, type, choice.storage);
-    });
-    checkOutput(call, onPicture, files.output);
+    const Plan plan(call, host.registered());
+    const Files files(request.files, std::max<std::size_t>(plan.onPicture ? 1 : 0, highestFileNumber(call)));
+    plan.checkOutput(files.output);
 
     standin::Picture receiver;
-    if (onPicture)
+    if (plan.onPicture)
     {
         receiver = script::loadPicture(host, files.inputs.front(), choice.storage);
         if (!request.mask.empty())
@@ -159,10 +186,25 @@ void apply(const HostChoice& choice, const ApplyRequest& request)
     }
     else if (!request.mask.empty())
         throw Error("--mask goes with methods of Picture");
-    const Value result = onPicture ? call.onPicture(host, receiver) : call.global(host);
+
+    script::CallContext context;
+    context.receiverName = receiverName;
+    if (!receiver.isNil())
+        context.receiver = receiver;
+    context.read = [&](const std::string& name, Type type) {
+        const auto number = fileNumber(name);
+        if (number && *number == 0)
+            throw Error("the files of the command line are numbered from @1");
+        return script::loadFile(host, number ? files.inputs[*number - 1] : name, type, choice.storage);
+    };
+    script::Environment environment;
+    environment.storage = choice.storage;
+    const CallOutcome outcome = script::call(call, host, environment, context);
     checkLedger(host);
-    deliver(call, result, receiver, files, request.alpha);
-    printVariables(call, request.saves);
+    if (files.output.empty() && (outcome.type == Type::Picture || outcome.type == Type::String))
+        throw Error(outcome.name + " needs an output file");
+    deliver(outcome, receiver, files, request.alpha);
+    printVariables(outcome, request.saves);
 }
 
 void filter(const HostChoice& choice, const FilterRequest& request)
@@ -172,23 +214,29 @@ void filter(const HostChoice& choice, const FilterRequest& request)
     if (host.registered().findClass(request.className) == nullptr)
         throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");
     standin::Instance instance = host.newInstance(request.className);
-    const FileReader read = [&](const std::string& name, Type type) {
-        return script::loadFile(host, name, type, choice.storage);
-    };
+    script::CallContext context{"filter", instance, [&](const std::string& name, Type type) {
+                                    return script::loadFile(host, name, type, choice.storage);
+                                }};
+    script::Environment environment;
+    environment.storage = choice.storage;
     for (const std::string& setting : request.settings)
-        assignTo(instance, parseCall(setting), read);
+    {
+        const script::Program program = script::parseCall(setting);
+        if (!std::holds_alternative<script::Assignment>(program.block.front().node))
+            throw Error("\"" + setting + "\" needs a value: " + setting + "=VALUE");
+        script::call(program, host, environment, context);
+    }
     instance.set("SourcePicture", script::loadPicture(host, request.input, choice.storage));
 
-    const std::vector<const standin::RegisteredMethod*> run =
-        standin::methodsNamed(instance.definition().methods, "Run");
-    if (run.empty())
+    if (standin::methodsNamed(instance.definition().methods, "Run").empty())
         throw Error(request.className + " has no method Run");
-    if (!MethodCall(run, {"Run", {}, {}}, read).onInstance(instance).boolean())
+    if (!script::call(script::parseCall("Run"), host, environment, context).result.boolean())
         throw Error(request.className + ".Run gave false");
     const standin::Picture result = instance.get("DestinationPicture").picture();
     if (result.isNil())
         throw Error(request.className + ".DestinationPicture is nil");
     save(result, request.output, request.alpha);
+    context = {};
     instance = {};
     checkLedger(host);
 }

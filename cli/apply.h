@@ -13,7 +13,7 @@ namespace cli
 struct ApplyRequest
 {
     std::string call;
-    /// The receiver of a Picture method, what the call names as @1, @2 ..., and behind them, if anywhere, the
+    /// The receiver of Picture methods, what the call names as @1, @2 ..., and behind them, if anywhere, the
     /// output.
     std::vector<std::string> files;
     std::string mask;               ///< file that becomes the receiver's mask; empty: none
@@ -31,7 +31,7 @@ struct FilterRequest
     bool alpha = false;
 };
 
-/// Calls one method on files; throws standin::Error with one clear line for everything that goes wrong.
+/// Makes one call on files; throws standin::Error with one clear line for everything that goes wrong.
 void apply(const HostChoice& choice, const ApplyRequest& request);
 
 /// Runs one of the filter classes on a file; throws likewise.

@@ -1,9 +1,10 @@
 #include "cli/demo.h"
 
 #include "cli/demo_samples.h"
-#include "cli/method_call.h"
 #include "host/file.h"
 #include "script/files.h"
+#include "script/interpreter.h"
+#include "script/parser.h"
 
 #include <kainjow/mustache.hpp>
 
@@ -306,13 +307,8 @@ private:
 
     data cardOf(const Sample& sample)
     {
-        const CallText text = parseCall(sample.call);
+        const script::Program program = script::parseCall(sample.call);
         const bool onPicture = !sample.receiver.empty();
-        const auto methods = onPicture ? host.registered().pictureMethods(text.name)
-                                       : host.registered().globalMethods(text.name);
-        if (methods.empty())
-            throw Error("the plug-in has no method " + text.name);
-        const MethodCall call(methods, text, [&](const std::string& name, Type) { return (*things)[name]; });
         Picture receiver;
         if (onPicture)
         {
@@ -326,14 +322,18 @@ private:
             }
         }
 
+        script::CallContext context{"", nullptr, reader()};
+        if (onPicture)
+            context.receiver = receiver;
         const auto start = Clock::now();
-        const Value result = onPicture ? call.onPicture(host, receiver) : call.global(host);
+        const script::CallOutcome outcome = script::call(program, host, {}, context);
         const auto time = Clock::now() - start;
-        shown.insert(&call.method());
+        shown.insert(outcome.method);
 
-        const Type type = call.isAssignment() ? Type::Nothing : call.method().declaration.result;
+        const Type type = outcome.type;
+        const Value& result = outcome.result;
         if (result.isNil() && (type == Type::Picture || type == Type::String))
-            throw Error(call.method().declaration.name + " gave nil");
+            throw Error(outcome.name + " gave nil");
         if (!sample.keepAs.empty())
             things->keep(sample.keepAs, sample.shows == Shows::Result ? result : Value(receiver));
 
@@ -347,7 +347,7 @@ private:
         if (type != Type::Picture && type != Type::Nothing)
             values << data{"value", result.describe()};
         std::vector<standin::MemoryBlock> blocks;
-        for (const Variable& variable : call.variables())
+        for (const script::NamedValue& variable : outcome.variables)
             if (std::holds_alternative<standin::MemoryBlock>(variable.value.held()))
                 blocks.push_back(variable.value.memoryBlock());
             else
@@ -364,7 +364,7 @@ private:
         if (!picture.isNil())
             card.set("image", save(sample.shows == Shows::ReceiverWithAlpha ? overChequers(picture)
                                                                             : script::imageOf(picture),
-                                   text.name));
+                                   outcome.name));
         const Picture walked = onPicture ? receiver : type == Type::Picture ? picture : Picture();
         // A test that ends at the first pixel has no rate to speak of.
         const bool wholePicture =
@@ -376,11 +376,11 @@ private:
     data cardOf(const FilterSample& sample)
     {
         standin::Instance instance = host.newInstance(sample.className);
-        const FileReader read = [&](const std::string& name, Type) { return (*things)[name]; };
+        const script::CallContext context{"filter", instance, reader()};
         std::string code = "filter = New " + sample.className + "\n";
         for (const std::string& setting : sample.settings)
         {
-            assignTo(instance, parseCall(setting), read);
+            script::call(script::parseCall(setting), host, {}, context);
             code += "filter." + setting + "\n";
         }
         if (sample.table)
@@ -405,6 +405,12 @@ private:
         card.set("image", save(script::imageOf(result), sample.className));
         card.set("time", timeText(time, pixelCount(result)));
         return card;
+    }
+
+    /// Calls find the demo's things where others find files.
+    script::FileReader reader() const
+    {
+        return [this](const std::string& name, Type) { return (*things)[name]; };
     }
 
     static void fillTable(standin::Instance& instance, const std::function<Colour(Colour)>& colourOf)

@@ -19,15 +19,17 @@ namespace
 constexpr int usageError = 2;
 
 constexpr const char* applyExamples = R"(
-Arguments are written as in the host's language: 12, -1.5, &hFF, &c88B5C4, true, nil, "text". @FILE passes a file as
+CALL is one call, or one assignment, of the host's language (docs/language.md), in which @FILE stands for a file as
 whatever is declared there: an image as picture, a sound (.wav, PCM) or raw bytes as memoryblock, bytes as string.
-FILES are the picture that the method belongs to (none for global methods) and what the call names as @1, @2 ...; one more
-is the output: the resulting picture or string, or the picture itself as the call has left it. Booleans, numbers and
-byref variables are printed.
+FILES are the picture that the method belongs to, which CALL can name "photo" (none for global methods), and what the call
+names as @1, @2 ...; one more is the output: the resulting picture or string, or the picture itself as the call has left
+it. Booleans, numbers and byref variables are printed.
 
 Examples:
   pictureqvr apply 'InvertQVR(10, 10, 200, 100)' photo.jpg out.png
+  pictureqvr apply 'InvertQVR.ChangeContrastQVR(0.3)' photo.jpg out.png
   pictureqvr apply 'ReplaceRedChannelQVR(@2)' photo.jpg other.jpg out.png
+  pictureqvr apply 'ReplaceRedChannelQVR(photo.InvertQVR)' photo.jpg out.png
   pictureqvr apply 'MergePictureQVR(@1, @2)' one.png two.png out.png
   pictureqvr apply 'FindPictureQVR(@crop.png, x, y)' photo.png
   pictureqvr apply 'CountColorsQVR(red, blue, green, count)' photo.jpg --save red=red.dat
@@ -88,7 +90,7 @@ int main(int argumentCount, char** arguments)
     list.add_flag("--json", json, "As JSON");
 
     cli::ApplyRequest request;
-    CLI::App& apply = *app.add_subcommand("apply", "Call one method on picture files");
+    CLI::App& apply = *app.add_subcommand("apply", "Call methods on picture files");
     apply.footer(applyExamples);
     apply.add_option("CALL", request.call, "The call, such as 'InvertQVR(10, 10, 200, 100)'")
         ->required()

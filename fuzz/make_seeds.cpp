@@ -1,7 +1,6 @@
 // Writes the inputs from which the fuzzers start: fuzz_seeds FOLDER makes a folder in it for each target.
 // They follow the order in which the targets read their decisions, so they are made anew whenever the targets
 // change.
-#include "cli/call_text.h"
 #include "fuzz/fuzz_host.h"
 #include "host/file.h"
 #include "media/image.h"
@@ -112,7 +111,9 @@ void addTexts(const std::filesystem::path& root)
     const fuzz::Input none(nullptr, 0);
     fuzz::Input input = none;
     const fuzz::FuzzHost host(input);
-    constexpr int declaration = 255;
+    constexpr int declaration = 0;
+    constexpr int call = 1;
+    constexpr int program = 2;
     const auto addRows = [&](const std::vector<standin::RegisteredMethod>& rows) {
         for (const standin::RegisteredMethod& row : rows)
             seeds.add(Bytes().bytes({declaration}).text(row.text));
@@ -120,14 +121,26 @@ void addTexts(const std::filesystem::path& root)
     addRows(host.registered().globals);
     for (const standin::RegisteredClass& extension : host.registered().extensions)
         addRows(extension.methods);
-    int method = 0;
-    for (const char* call :
-         {"BinaryStringtoPictureQVR(\"PP\"\"IC\")", "PicturetoBinaryStringQVR(@photo.png)",
-          "CombinePicturesQVR(nil, @\"a b.png\", @c)", "MergePictureQVR(nil,nil)",
-          "TintPictureQVR(@p, &c88B5C4, &hFF0000)",
-          "RenderSamplesQVR(@s.wav, 0, 1, 80, 30, 1, &c1, &c2, &c3, 15, true)", "ColornessQVR",
-          "ScrollVerticalQVR(-3, true, false)", "ScrollHorizontalQVR(+3, false, true)"})
-        seeds.add(Bytes().bytes({method++}).text(call));
+    for (const char* text :
+         {"BinaryStringtoPictureQVR(\"PP\"\"IC\")", "PicturetoBinaryStringQVR(@p.ng)",
+          "CombinePicturesQVR(nil, @\"a b\", @c)", "MergePictureQVR(nil,nil).InvertQVR(1, 1, 2, 2)",
+          "TintPictureQVR(@p, &c88B5C4, &hFF0000)", "ColornessQVR", "ScrollVerticalQVR(-3, true, false)",
+          "FindPictureQVR(@p, x, y)", "CountColorsQVR(r, b, g, n)", "photo.EmbeddedMaskQVR(false) = @mask",
+          "photo.InvertQVR.ChangeContrastQVR(0.3)", "ReplaceRedChannelQVR(photo.InvertQVR)"})
+        seeds.add(Bytes().bytes({call}).text(text));
+    for (const char* text :
+         {"Dim p As New Picture(3, 2, 32)\np.RGBSurface.Pixel(2, 1) = &c102030\nPrint p.InvertQVR.Width",
+          "Dim a, b As Integer = 7 ' c\nFor i As Integer = 1 To 9 Step 2\nIf i = 3 Then Continue\na = a + "
+          "i\nNext",
+          "Dim m As New MemoryBlock(8)\nDim u As UInt32 = &hFFFFFFFF\nm.UInt32Value(4) = u\nPrint m.Byte(7)",
+          "Dim s As String = \"a\"\nWhile Len(s) < 9\ns = s + Str(1.5 / 3)\nWend // end",
+          "Do Until True\nLoop Until Not False Or 3 \\ 2 = 1\nIf 1 > 2 Then\nElseIf 2 Mod 2 = 0 "
+          "Then\nElse\nEnd If",
+          "Dim f As New PictureSepiaQVR\nf.SepiaRed = 40\nf.SourcePicture = New Picture(2, 2)\nPrint f.Run\n"
+          "Call f.DestinationPicture.isGrayQVR(9)",
+          "Dim r, b, g As MemoryBlock\nDim n As Integer\nDim p As New Picture(2, 2)\np.CountColorsQVR(r, b, "
+          "g, n)"})
+        seeds.add(Bytes().bytes({program}).text(text));
 }
 
 void addFiles(const std::filesystem::path& root)

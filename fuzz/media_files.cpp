@@ -1,9 +1,9 @@
 // Files that users give to the command line: sounds in WAV files of any bytes, and images that were written
 // before.
-#include "script/files.h"
 #include "fuzz/expect.h"
 #include "fuzz/input.h"
 #include "media/image.h"
+#include "script/files.h"
 
 namespace
 {

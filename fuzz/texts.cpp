@@ -1,17 +1,18 @@
 // Texts of the host's language: declarations as a plug-in registers them, calls as users of the command line
-// write them.
-#include "cli/call_text.h"
-#include "cli/method_call.h"
+// write them, and whole programs.
 #include "fuzz/expect.h"
 #include "fuzz/fuzz_host.h"
 #include "host/calls/declaration.h"
+#include "script/interpreter.h"
+#include "script/parser.h"
+
+#include <algorithm>
 
 namespace
 {
 
 using standin::Declaration;
 using standin::Error;
-using standin::RegisteredMethod;
 
 /// What a declaration says, in one way of writing it.
 std::string textOf(const Declaration& declaration)
@@ -38,42 +39,96 @@ void readDeclaration(std::string_view text)
     fuzz::expect(once == twice, "\"" + once + "\" is read as \"" + twice + "\"");
 }
 
-const std::vector<const RegisteredMethod*>& allMethods()
+/// Waveforms of any size take long, and have a target of their own.
+bool drawsWaveforms(const script::Program& program)
 {
-    static const std::vector<const RegisteredMethod*> methods = [] {
-        fuzz::Input defaults(nullptr, 0);
-        // Lives on, as what is registered lies in it.
-        static const fuzz::FuzzHost host(defaults);
-        std::vector<const RegisteredMethod*> result;
-        const auto add = [&](const std::vector<RegisteredMethod>& rows) {
-            for (const RegisteredMethod& row : rows)
-                result.push_back(&row);
-        };
-        add(host.registered().globals);
-        for (const standin::RegisteredClass& definition : host.registered().extensions)
-            add(definition.methods);
-        for (const standin::RegisteredClass& definition : host.registered().classes)
-            add(definition.methods);
-        return result;
-    }();
-    return methods;
+    return std::any_of(program.freeNames.begin(), program.freeNames.end(),
+                       [](const auto& name) { return standin::sameName(name.name, "RenderSamplesQVR"); });
 }
 
-/// Of one method the call is made out, whatever its name; its arguments are of the declared types then.
-void readCall(const RegisteredMethod& method, std::string_view text)
+/// There are no files, little memory and little time.
+script::Environment smallEnvironment()
 {
-    const cli::CallText call = cli::parseCall(text);
-    const cli::FileReader read = [](const std::string& name, standin::Type) -> standin::Value {
-        if (name.size() > 4)
-            throw Error(name + ": cannot be read");
-        return nullptr;
-    };
-    const cli::MethodCall made({&method}, call, read);
-    fuzz::expect(made.isAssignment() == call.assigned.has_value(), "an assignment was lost");
-    std::size_t variables = 0;
-    for (std::size_t index = 0; index < call.arguments.size(); ++index)
-        variables += method.declaration.parameters.at(index).byref;
-    fuzz::expect(made.variables().size() == variables, "not every byref argument has its variable");
+    script::Environment environment;
+    environment.path = [](const std::string& name) -> std::string { throw Error("no file " + name); };
+    environment.arguments = {"program"};
+    environment.steps = 300;
+    environment.largestObject = 20000;
+    return environment;
+}
+
+/// A host for the time of `use`, which is to leave nothing behind.
+template <class Use>
+void withHost(Use use)
+{
+    fuzz::Input defaults(nullptr, 0);
+    fuzz::FuzzHost host(defaults);
+    try
+    {
+        use(host);
+    }
+    catch (const Error&)
+    {
+        // That is how a text is refused.
+    }
+    fuzz::expect(host.ledger().balanced(), host.ledger().describe());
+}
+
+/// What is read for "@" and a name: short ones can be read.
+standin::Value contents(standin::Host& host, const std::string& name, standin::Type type)
+{
+    constexpr std::size_t longest = 4;
+    if (name.size() > longest)
+        throw Error(name + ": cannot be read");
+    if (type == standin::Type::Picture)
+        return host.newPicture(3, 5);
+    if (type == standin::Type::MemoryBlock)
+        return host.newMemoryBlock(256);
+    return host.newString(name);
+}
+
+void makeCall(std::string_view text)
+{
+    const script::Program program = script::parseCall(text);
+    if (drawsWaveforms(program))
+        return;
+    withHost([&](standin::Host& host) {
+        standin::Picture photo = host.newPicture(5, 3);
+        const int references = photo.referenceCount();
+        try
+        {
+            const script::CallOutcome outcome =
+                script::call(program, host, smallEnvironment(),
+                             {"photo", photo, [&](const std::string& name, standin::Type type) {
+                                  return contents(host, name, type);
+                              }});
+            fuzz::expect(!outcome.name.empty(), "a result of nothing");
+        }
+        catch (const Error&)
+        {
+            // That is how a call is refused.
+        }
+        photo.removeMask();
+        fuzz::expect(photo.referenceCount() == references, "a call has kept its picture");
+    });
+}
+
+void runProgram(std::string_view text)
+{
+    const script::Program program = script::parseProgram(text, "program");
+    if (drawsWaveforms(program))
+        return;
+    withHost([&](standin::Host& host) {
+        try
+        {
+            script::run(program, host, smallEnvironment());
+        }
+        catch (const script::Failure& failure)
+        {
+            fuzz::expect(failure.what() != failure.text() && failure.place().line > 0,
+                         "a failure without place");
+        }
+    });
 }
 
 } // namespace
@@ -81,16 +136,17 @@ void readCall(const RegisteredMethod& method, std::string_view text)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     fuzz::Input input(data, size);
-    const std::size_t choice = input.byte();
+    const std::size_t choice = input.below(3);
     const std::span<const std::uint8_t> rest = input.remainder();
     const std::string_view text(reinterpret_cast<const char*>(rest.data()), rest.size());
-    const std::vector<const RegisteredMethod*>& methods = allMethods();
     try
     {
-        if (choice < methods.size())
-            readCall(*methods[choice], text);
-        else
+        if (choice == 0)
             readDeclaration(text);
+        else if (choice == 1)
+            makeCall(text);
+        else
+            runProgram(text);
     }
     catch (const Error&)
     {

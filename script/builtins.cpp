@@ -567,7 +567,10 @@ bool assignMember(const Services&, const Value& object, std::string_view name, c
         expectCount("Mask", arguments, 0, 0);
         const Value mask = converted(value, {Kind::Picture, {}});
         Picture target = *picture;
-        if (const auto* newMask = std::get_if<Picture>(&mask))
+        const auto* newMask = std::get_if<Picture>(&mask);
+        if (newMask != nullptr && *newMask == target)
+            throw Error("expected another picture, none can be its own mask");
+        if (newMask != nullptr)
             target.setMask(*newMask);
         else
             target.removeMask();

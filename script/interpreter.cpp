@@ -139,8 +139,7 @@ public:
         if (const auto* assignment = std::get_if<Assignment>(&statement.node))
         {
             assign(*assignment);
-            outcome.type = Type::Nothing;
-            outcome.result = nullptr;
+            outcome.method = last;
             return std::move(outcome);
         }
         const Expression& expression = std::get<Call>(statement.node).call;
@@ -150,6 +149,7 @@ public:
             outcome.type = typeOfBuiltIn(value);
         else
         {
+            outcome.method = last;
             outcome.name = last->declaration.name;
             outcome.type = last->declaration.result;
         }
@@ -424,9 +424,16 @@ private:
             fail(place, "expected no arguments, " + name.name + " is a variable");
     }
 
-    Value valueOf(const Name& name, Place place)
+    /// Notes what gives the value that comes next; the plug-in's methods note themselves.
+    void gives(const std::string& name)
     {
         last = nullptr;
+        outcome.name = name;
+    }
+
+    Value valueOf(const Name& name, Place place)
+    {
+        gives(name.name);
         if (name.variable)
         {
             expectNoArguments(place, name);
@@ -439,10 +446,10 @@ private:
             if (receiverHas(name.name))
                 return memberOf(context->receiver, place, name.name, name.arguments);
         }
-        outcome.name = name.name;
         if (isFunction(name.name))
         {
             const Values arguments = values(name.arguments);
+            gives(name.name);
             return located(place, [&] { return callFunction(services, name.name, arguments); });
         }
         const Overloads overloads = host.registered().globalMethods(name.name);
@@ -456,18 +463,11 @@ private:
     bool receiverHas(const std::string& name) const
     {
         if (std::holds_alternative<Picture>(context->receiver))
-            return !host.registered().pictureMethods(name).empty() || hasPictureMembers(name);
+            return isPictureMember(host.registered(), name);
         if (const auto* instance = std::get_if<standin::Instance>(&context->receiver))
             return !standin::methodsNamed(instance->definition().methods, name).empty() ||
                    findProperty(instance->definition(), name) != nullptr;
         return false;
-    }
-
-    static bool hasPictureMembers(const std::string& name)
-    {
-        const std::string_view names[] = {"Width", "Height", "Depth", "Mask"};
-        return std::any_of(std::begin(names), std::end(names),
-                           [&](std::string_view known) { return sameName(known, name); });
     }
 
     Value made(Place place, const VariableType& type, const Arguments& arguments)
@@ -495,6 +495,7 @@ private:
         {
             const Member& first = path.members.front();
             const Values arguments = values(first.arguments);
+            gives(first.name);
             value = located(first.place,
                             [&] { return classMember(services, name->name, first.name, arguments); });
             index = 1;
@@ -518,12 +519,11 @@ private:
 
     Value memberOf(const Value& object, Place place, const std::string& name, const Arguments& arguments)
     {
-        last = nullptr;
-        outcome.name = name;
         const Overloads overloads = methodsOf(object, name);
         if (!overloads.empty())
             return located(place, [&] { return callPlugin(overloads, name, &object, arguments, nullptr); });
         const Values given = values(arguments);
+        gives(name);
         if (const auto* instance = std::get_if<standin::Instance>(&object))
             if (const auto* property = findProperty(instance->definition(), name))
             {
@@ -774,7 +774,23 @@ void run(const Program& program, standin::Host& host, const Environment& environ
 CallOutcome call(const Program& program, standin::Host& host, const Environment& environment,
                  const CallContext& context)
 {
-    return Interpreter(program, host, environment, &context).call();
+    try
+    {
+        return Interpreter(program, host, environment, &context).call();
+    }
+    catch (const Failure& failure)
+    {
+        // One line needs no places.
+        throw Error(failure.text());
+    }
+}
+
+bool isPictureMember(const standin::Registered& registered, const std::string& name)
+{
+    constexpr std::string_view own[] = {"Depth", "Height", "Mask", "RGBSurface", "Save", "Width"};
+    return !registered.pictureMethods(name).empty() ||
+           std::any_of(std::begin(own), std::end(own),
+                       [&](std::string_view known) { return sameName(known, name); });
 }
 
 } // namespace script

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/host.h"
+#include "script/builtins.h"
 #include "script/environment.h"
 #include "script/failure.h"
 #include "script/syntax.h"
@@ -40,15 +41,19 @@ struct NamedValue
 
 struct CallOutcome
 {
-    std::string name; ///< what gave the result, as it is declared
+    const standin::RegisteredMethod* method = nullptr; ///< null where the plug-in has not given the result
+    std::string name;                                  ///< what gave the result, as it is declared
     /// The declared type of the result; nothing for assignments, and for methods without result.
     standin::Type type = standin::Type::Nothing;
     standin::Value result;
     std::vector<NamedValue> variables; ///< in the order in which they were passed
 };
 
-/// Makes a call; throws likewise.
+/// Makes a call; throws standin::Error for what goes wrong.
 CallOutcome call(const Program& program, standin::Host& host, const Environment& environment,
                  const CallContext& context);
+
+/// Whether calls on a picture can name this as it is.
+bool isPictureMember(const standin::Registered& registered, const std::string& name);
 
 } // namespace script

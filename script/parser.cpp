@@ -1036,7 +1036,15 @@ Program parseProgram(std::string_view text, const std::string& file)
 Program parseCall(std::string_view text)
 {
     const std::string file = "call";
-    return Builder(file, true).callOf(*treeOf<grammar::OneCall>(text, file));
+    try
+    {
+        return Builder(file, true).callOf(*treeOf<grammar::OneCall>(text, file));
+    }
+    catch (const Failure& failure)
+    {
+        throw standin::Error("call \"" + std::string(text) + "\": " + failure.text() + " at character " +
+                             std::to_string(failure.place().column));
+    }
 }
 
 } // namespace script

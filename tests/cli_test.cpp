@@ -281,6 +281,32 @@ TEST_P(Cli, CallsGlobalMethods)
     expectPixels("out.png", 2, 2, negative);
 }
 
+TEST_P(Cli, CallsInChains)
+{
+    expectSuccess("apply InvertQVR.InvertQVR photo.tga out.png");
+    expectPixels("out.png", 2, 2, photo);
+    expectSuccess("apply photo.InvertQVR photo.tga out.png");
+    expectPixels("out.png", 2, 2, negative);
+    expectSuccess("apply 'ChangeCustomQVR(-1.0, 255.0).isWhiteQVR(0, 1, 1, 1)' photo.tga", "true\n");
+    expectSuccess("apply 'MergePictureQVR(photo, InvertQVR).CountColorQVR(&cFFFFFF)' photo.tga", "2\n");
+    expectSuccess("apply 'MergePictureQVR(@1, @2).InvertQVR' photo.tga photo.tga out.png");
+    expectPixels("out.png", 2, 2, negative);
+    expectSuccess("apply 'ChangeContrastQVR(0.3 * 2 - 0.6)' photo.tga out.png");
+    expectPixels("out.png", 2, 2, photo);
+    expectSuccess("apply photo.Width photo.tga", "2\n");
+    expectSuccess("apply 'InvertQVR.FindPictureQVR(InvertQVR(1, 0, 1, 1), x, y)' photo.tga",
+                  "false\nx = 0\ny = 0\n");
+    expectSuccess("filter PictureSepiaQVR photo.tga out.png --set filter.SepiaRed=2*20 --set SepiaGreen=20 "
+                  "--set SepiaBlue=-20 --set FactorRed=0.0 --set FactorBlue=0.0 --set FactorGreen=0.0");
+    expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{40, 20, 0}));
+    expectFailure("apply InvertQVR.NoSuchQVR photo.tga out.png", "Picture has no NoSuchQVR");
+    expectFailure("apply InvertQVR.InvertQVR photo.tga", "InvertQVR needs an output file");
+    expectFailure("apply 'ReplaceRedChannelQVR(photo.InvertQVR(0)).InvertQVR' photo.tga out.png",
+                  "InvertQVR takes (");
+    expectFailure("apply 'InvertQVR(1 +)' photo.tga out.png", "expected a value at character 14");
+    expectFailure("apply photo. photo.tga out.png", "expected a name at character 7");
+}
+
 TEST_P(Cli, WritesAPictureThatACallHasChanged)
 {
     expectSuccess("apply 'ScrollHorizontalQVR(1, true, false)' photo.tga out.png", "true\n");

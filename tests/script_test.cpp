@@ -379,7 +379,7 @@ TEST_F(Language, KeepsNothing)
     script::call(script::parseCall("photo.ReplaceRedChannelQVR(photo.InvertQVR).InvertQVR"), host, {},
                  context);
     EXPECT_THROW(script::call(script::parseCall("ReplaceRedChannelQVR(photo.Nothing)"), host, {}, context),
-                 script::Failure);
+                 standin::Error);
     EXPECT_EQ(receiver.referenceCount(), held);
     EXPECT_EQ(before, 1);
 }

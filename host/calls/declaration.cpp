@@ -101,7 +101,7 @@ std::string Declaration::parameterText() const
 
 Declaration parseDeclaration(std::string_view text)
 {
-    Scanner scanner("declaration", text);
+    Scanner scanner(text);
     Declaration declaration;
     declaration.name = scanner.name("a name");
     if (scanner.take('('))

@@ -106,11 +106,6 @@ ArgumentForm formOfObject()
     return {{Type::Picture, Type::MemoryBlock, Type::String}};
 }
 
-ArgumentForm formOf(const Literal& literal)
-{
-    return std::visit(FormOf(), literal);
-}
-
 ArgumentForm formOf(const Value& value)
 {
     return std::visit(FormOf(), value.held());

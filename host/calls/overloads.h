@@ -24,7 +24,6 @@ struct ArgumentForm
 
 /// What becomes whatever object is declared: nil is one.
 ArgumentForm formOfObject();
-ArgumentForm formOf(const Literal& literal);
 ArgumentForm formOf(const Value& value);
 /// A variable that nothing was assigned to.
 ArgumentForm formOfNewVariable();

@@ -31,10 +31,7 @@ bool isWordCharacter(char character)
 
 } // namespace
 
-Scanner::Scanner(std::string what, std::string_view text)
-    : description(std::move(what)),
-      whole(text),
-      rest(text)
+Scanner::Scanner(std::string_view text) : whole(text), rest(text)
 {
 }
 
@@ -47,7 +44,7 @@ void Scanner::expectEnd()
 void Scanner::fail(const std::string& wanted)
 {
     peek();
-    throw Error(description + " \"" + std::string(whole) + "\": expected " + wanted + " at character " +
+    throw Error("declaration \"" + std::string(whole) + "\": expected " + wanted + " at character " +
                 std::to_string(whole.size() - rest.size() + 1));
 }
 
@@ -82,48 +79,13 @@ bool Scanner::takeKeyword(std::string_view keyword)
     return true;
 }
 
-std::string Scanner::word(const std::string& wanted)
-{
-    const std::string_view found = peekWhile(isWordCharacter);
-    if (found.empty())
-        fail(wanted);
-    rest.remove_prefix(found.size());
-    return std::string(found);
-}
-
 std::string Scanner::name(const std::string& wanted)
 {
-    if (isDigit(peek()))
-        fail(wanted);
-    return word(wanted);
-}
-
-std::string Scanner::upTo(std::string_view ends, const std::string& wanted)
-{
-    const std::string_view found =
-        peekWhile([ends](char c) { return !isSpace(c) && ends.find(c) == std::string_view::npos; });
-    if (found.empty())
+    const std::string_view found = peekWhile(isWordCharacter);
+    if (found.empty() || isDigit(found.front()))
         fail(wanted);
     rest.remove_prefix(found.size());
     return std::string(found);
-}
-
-std::string Scanner::quoted()
-{
-    std::string text;
-    do
-    {
-        rest.remove_prefix(1);
-        const std::size_t end = rest.find('"');
-        if (end == std::string_view::npos)
-            fail("a closing quotation mark");
-        text += rest.substr(0, end);
-        rest.remove_prefix(end + 1);
-        if (rest.starts_with('"'))
-            text += '"';
-    }
-    while (rest.starts_with('"'));
-    return text;
 }
 
 std::optional<Literal> Scanner::literal()

@@ -13,13 +13,12 @@ namespace standin
 /// hexadecimal numbers (unsigned), doubles.
 using Literal = std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double>;
 
-/// Reads a text of the host's language from left to right. Spaces count nowhere; names ignore case. What
-/// cannot be read throws Error with the whole text, what was wanted and the place.
+/// Reads a declaration from left to right. Spaces count nowhere; names ignore case. What cannot be read
+/// throws Error with the whole text, what was wanted and the place.
 class Scanner
 {
 public:
-    /// `what` is what messages call the text: "declaration", "call".
-    Scanner(std::string what, std::string_view text);
+    explicit Scanner(std::string_view text);
 
     /// Throws Error unless everything has been read.
     void expectEnd();
@@ -30,14 +29,8 @@ public:
     /// Takes a character or a keyword if it comes next.
     bool take(char character);
     bool takeKeyword(std::string_view keyword);
-    /// Letters, digits and underscores.
-    std::string word(const std::string& wanted);
-    /// A word that does not start with a digit.
+    /// Letters, digits and underscores, and no digit in front.
     std::string name(const std::string& wanted);
-    /// Everything up to a space or one of `ends`.
-    std::string upTo(std::string_view ends, const std::string& wanted);
-    /// A text in quotation marks; those inside of it are doubled.
-    std::string quoted();
     /// A literal, if one comes next.
     std::optional<Literal> literal();
 
@@ -62,7 +55,6 @@ private:
     template <class Number, class... Base>
     Number parsed(std::string_view digits, const std::string& wanted, Base... base);
 
-    std::string description;
     std::string_view whole;
     std::string_view rest;
 };
