@@ -3,4 +3,5 @@ Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
 Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
 Call moved.ScrollHorizontalQVR(photo.Width \ 8, True, False)
 ' The order is red, blue, green.
-CombinePicturesQVR(photo, moved, photo.InvertQVR).Save(GetFolderItem("CombinePicturesQVR.png"), Picture.SaveAsPNG)
+Dim result As Picture = CombinePicturesQVR(photo, moved, photo.InvertQVR)
+result.Save(GetFolderItem("CombinePicturesQVR.png"), Picture.SaveAsPNG)

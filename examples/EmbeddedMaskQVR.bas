@@ -8,4 +8,5 @@ For x As Integer = 0 To photo.Width - 1
 Next
 photo.EmbeddedMaskQVR(False) = fade
 photo.Save(GetFolderItem("EmbeddedMaskQVR.png"), Picture.SaveAsPNG)
-photo.EmbeddedMaskQVR(True).Save(GetFolderItem("EmbeddedMaskQVR-2.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.EmbeddedMaskQVR(True)
+result.Save(GetFolderItem("EmbeddedMaskQVR-2.png"), Picture.SaveAsPNG)

@@ -2,8 +2,10 @@
 Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
 Dim badge As New Picture(160, 160, 32)
 For y As Integer = 0 To 159
+  Dim py As Integer = y * photo.Height \ 160
   For x As Integer = 0 To 159
-    badge.RGBSurface.Pixel(x, y) = photo.RGBSurface.Pixel(x * photo.Width \ 160, y * photo.Height \ 160)
+    Dim px As Integer = x * photo.Width \ 160
+    badge.RGBSurface.Pixel(x, y) = photo.RGBSurface.Pixel(px, py)
   Next
 Next
 badge.Save(GetFolderItem("HasMaskQVR-before.png"), Picture.SaveAsPNG)

@@ -6,4 +6,5 @@ poster.InvertGrayQVR.Save(GetFolderItem("InvertGrayQVR.png"), Picture.SaveAsPNG)
 
 Dim w As Integer = photo.Width
 Dim h As Integer = photo.Height
-poster.InvertGrayQVR(w \ 4, h \ 4, w \ 2, h \ 2).Save(GetFolderItem("InvertGrayQVR-2.png"), Picture.SaveAsPNG)
+Dim result As Picture = poster.InvertGrayQVR(w \ 4, h \ 4, w \ 2, h \ 2)
+result.Save(GetFolderItem("InvertGrayQVR-2.png"), Picture.SaveAsPNG)

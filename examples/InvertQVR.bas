@@ -4,4 +4,5 @@ photo.InvertQVR.Save(GetFolderItem("InvertQVR.png"), Picture.SaveAsPNG)
 
 Dim w As Integer = photo.Width
 Dim h As Integer = photo.Height
-photo.InvertQVR(w \ 4, h \ 4, w \ 2, h \ 2).Save(GetFolderItem("InvertQVR-2.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.InvertQVR(w \ 4, h \ 4, w \ 2, h \ 2)
+result.Save(GetFolderItem("InvertQVR-2.png"), Picture.SaveAsPNG)

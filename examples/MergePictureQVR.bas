@@ -2,4 +2,5 @@
 Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
 Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
 Call moved.ScrollHorizontalQVR(photo.Width \ 3, True, False)
-MergePictureQVR(photo, moved).Save(GetFolderItem("MergePictureQVR.png"), Picture.SaveAsPNG)
+Dim result As Picture = MergePictureQVR(photo, moved)
+result.Save(GetFolderItem("MergePictureQVR.png"), Picture.SaveAsPNG)

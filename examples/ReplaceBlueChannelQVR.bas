@@ -2,4 +2,5 @@
 Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
 Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
 Call moved.ScrollVerticalQVR(photo.Height \ 12, True, False)
-photo.ReplaceBlueChannelQVR(moved).Save(GetFolderItem("ReplaceBlueChannelQVR.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.ReplaceBlueChannelQVR(moved)
+result.Save(GetFolderItem("ReplaceBlueChannelQVR.png"), Picture.SaveAsPNG)

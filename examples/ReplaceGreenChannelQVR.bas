@@ -1,3 +1,4 @@
 ' Shows: green taken from the negative of the photograph.
 Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
-photo.ReplaceGreenChannelQVR(photo.InvertQVR).Save(GetFolderItem("ReplaceGreenChannelQVR.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.ReplaceGreenChannelQVR(photo.InvertQVR)
+result.Save(GetFolderItem("ReplaceGreenChannelQVR.png"), Picture.SaveAsPNG)

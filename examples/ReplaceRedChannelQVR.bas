@@ -2,4 +2,5 @@
 Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))
 Dim moved As Picture = photo.ChangeCustomQVR(1, 0)
 Call moved.ScrollHorizontalQVR(photo.Width \ 20, True, False)
-photo.ReplaceRedChannelQVR(moved).Save(GetFolderItem("ReplaceRedChannelQVR.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.ReplaceRedChannelQVR(moved)
+result.Save(GetFolderItem("ReplaceRedChannelQVR.png"), Picture.SaveAsPNG)

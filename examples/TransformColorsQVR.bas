@@ -10,5 +10,8 @@ For level As Integer = 0 To 255
   same.Byte(level) = level
 Next
 ' The tables are passed in the order red, blue, green.
-photo.TransformColorsQVR(curve, curve, curve).Save(GetFolderItem("TransformColorsQVR.png"), Picture.SaveAsPNG)
-photo.TransformColorsQVR(curve, negative, same).Save(GetFolderItem("TransformColorsQVR-2.png"), Picture.SaveAsPNG)
+Dim result As Picture = photo.TransformColorsQVR(curve, curve, curve)
+result.Save(GetFolderItem("TransformColorsQVR.png"), Picture.SaveAsPNG)
+
+Dim second As Picture = photo.TransformColorsQVR(curve, negative, same)
+second.Save(GetFolderItem("TransformColorsQVR-2.png"), Picture.SaveAsPNG)

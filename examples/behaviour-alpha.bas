@@ -12,11 +12,14 @@ Dim result As Picture = badge.ChangeContrastQVR(0)
 If Not result.HasMaskQVR Then
   Print "The result has no mask"
 End If
-If badge.EmbeddedMaskQVR(False).isBlackQVR And result.EmbeddedMaskQVR(False).isWhiteQVR Then
+Dim before As Picture = badge.EmbeddedMaskQVR(False)
+Dim after As Picture = result.EmbeddedMaskQVR(False)
+If before.isBlackQVR And after.isWhiteQVR Then
   Print "The source was transparent, the result is opaque"
 End If
 Call badge.ScrollHorizontalQVR(1, True, True)
-If badge.Mask.RGBSurface.Pixel(1, 0) = &cFFFFFF And badge.EmbeddedMaskQVR(False).isBlackQVR Then
+after = badge.EmbeddedMaskQVR(False)
+If badge.Mask.RGBSurface.Pixel(1, 0) = &cFFFFFF And after.isBlackQVR Then
   Print "Scrolling moved the mask and kept the alpha bytes"
 End If
 ' Prints: The result has no mask

@@ -14,7 +14,8 @@ Dim found As Boolean = photo.FindPictureQVR(piece, x, y)
 If found Then
   For row As Integer = 0 To 19
     For column As Integer = 0 To 29
-      If piece.RGBSurface.Pixel(column, row) <> photo.RGBSurface.Pixel(x + column, y + row) Then
+      Dim c As Color = photo.RGBSurface.Pixel(x + column, y + row)
+      If piece.RGBSurface.Pixel(column, row) <> c Then
         found = False
       End If
     Next

@@ -5,7 +5,9 @@ Dim map As New Picture(150, 100, 32)
 Dim dot As New Picture(1, 1, 32)
 For y As Integer = 0 To 99
   For x As Integer = 0 To 149
-    dot.RGBSurface.Pixel(0, 0) = photo.RGBSurface.Pixel(x * photo.Width \ 150, y * photo.Height \ 100)
+    Dim px As Integer = x * photo.Width \ 150
+    Dim py As Integer = y * photo.Height \ 100
+    dot.RGBSurface.Pixel(0, 0) = photo.RGBSurface.Pixel(px, py)
     If Not dot.isGrayQVR(value) Then
       map.RGBSurface.Pixel(x, y) = &c000000
     End If
