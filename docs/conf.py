@@ -41,7 +41,6 @@ qvr_photo_alt = "A ladybird on a stem between blue flowers and green leaves"
 qvr_sound = "/usr/share/sounds/alsa/Front_Center.wav"
 qvr_costs = str(HERE / "costs.json")
 qvr_examples = str(ROOT / "examples")
-qvr_complete = True
 qvr_included = {
     "ARCHITECTURE.md": "architecture",
     "CHANGELOG.md": "changelog",

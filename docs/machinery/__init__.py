@@ -48,7 +48,6 @@ def setup(app: Sphinx) -> dict[str, Any]:
     for name in ("program", "work", "photo", "sound", "costs", "examples"):
         app.add_config_value(f"qvr_{name}", "", "env")
     app.add_config_value("qvr_photo_alt", "The photograph", "env")
-    app.add_config_value("qvr_complete", True, "env")
     app.add_config_value("qvr_included", {}, "env")
     for alias in BasicLexer.aliases:
         app.add_lexer(alias, BasicLexer)

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import dataclasses
+import re
 from typing import Any, Iterator
 
 
@@ -72,7 +73,7 @@ def _spread(declaration: str) -> str:
     name, bracket, rest = declaration.partition("(")
     if len(declaration) <= WIDEST_DECLARATION or not bracket:
         return declaration
-    return f"{name}(\n  " + rest.replace(", ", ",\n  ")
+    return f"{name}(\n  " + re.sub(r",\s*", ",\n  ", rest)
 
 
 def _overload(method: dict[str, Any]) -> Overload:

@@ -89,11 +89,11 @@ class PlugInDomain(Domain):
             if place is not None:
                 for part in sorted({"cost", "example"} - place[1].parts):
                     logger.warning("the section of %s has no %s", entry.name, part, location=place[0])
-            elif self.env.config.qvr_complete:
+            else:
                 logger.warning("%s is declared and has no section", entry.name)
         shown: set[str] = set().union(*(page.examples for page in self.pages.values()))
         for path in sorted(setting.examples.glob("*.bas")):
-            if path.stem not in shown and self.env.config.qvr_complete:
+            if path.stem not in shown:
                 logger.warning("%s is shown on no page", path.name)
 
 

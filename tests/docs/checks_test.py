@@ -47,7 +47,6 @@ qvr_work = str(here / "../work")
 qvr_photo = qvr_sound = str(here / "../pixel.ppm")
 qvr_costs = str(here / "../costs.json")
 qvr_examples = str(here / "../examples")
-qvr_complete = True
 """
 
 SAVE = 'Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))\nphoto.{0}.Save(GetFolderItem("{0}.png"))\n'
