@@ -10,7 +10,8 @@ sys.path.insert(0, str(HERE))
 
 project = "PictureQVR"
 extensions = ["myst_parser", "sphinx_copybutton", "machinery"]
-exclude_patterns = ["machinery", "static"]
+exclude_patterns = ["machinery", "static", "templates"]
+templates_path = ["templates"]
 
 myst_heading_anchors = 4
 myst_enable_extensions = ["deflist"]
@@ -28,7 +29,8 @@ html_show_copyright = False
 html_show_sphinx = False
 # Found pages are listed without an extract: a page opened from disk may not read others.
 html_show_search_summary = False
-pygments_style = "friendly"
+# Of the styles, these two have enough contrast in every word.
+pygments_style = "default"
 pygments_dark_style = "native"
 
 # What is printed is not there to be copied.

@@ -42,6 +42,7 @@ import pathlib, runpy
 here = pathlib.Path(__file__).parent
 globals().update(runpy.run_path({str(DOCS / "conf.py")!r}))
 html_static_path = [{str(DOCS / "static")!r}]
+templates_path = [{str(DOCS / "templates")!r}]
 qvr_program = str(here / "../pictureqvr")
 qvr_work = str(here / "../work")
 qvr_photo = qvr_sound = str(here / "../pixel.ppm")
@@ -53,7 +54,7 @@ SAVE = 'Dim photo As Picture = Picture.Open(GetFolderItem("photo.jpg"))\nphoto.{
 INDEX = """
 # Start
 
-See `HalveQVR` and [its section](page.md#halveqvr).
+See `DoubleQVR` and [its section](page.md#halveqvr).
 
 ```{toctree}
 page
@@ -74,6 +75,12 @@ PAGE = """
 ```{slider} HalveQVR
 call: photo.HalveQVR({value})
 values: 1 2 3
+```
+```{slider} HalveQVR
+call: photo.HalveQVR({value})
+values: 4, 5 | 6, 7
+start: 6, 7
+label: Two numbers
 ```
 
 ## DoubleQVR
@@ -260,14 +267,19 @@ class Checks(unittest.TestCase):
     def test_what_is_right_passes(self):
         self.assertEqual(self.build(RIGHT, ["HalveQVR", "DoubleQVR"]), (0, []))
         text = self.page.read_text()
-        for piece in (
+        pieces = (
             'alt="half of a pixel"',
             "HalveQVR(Amount as double) as picture",
             "1.50",
             "twice",
+            'data-label="Amount" data-start="1"',
             'data-value="3"',
-        ):
+            'data-label="Two numbers" data-start="1"',
+            "photo.HalveQVR(6, 7)",
+        )
+        for piece in pieces:
             self.assertIn(piece, re.sub("<(?!img|div)[^>]*>", "", text))
+        self.assertIn('href="page.html#doubleqvr"><code', self.page.with_name("index.html").read_text())
 
     def test_what_is_wrong_is_named(self):
         status, complaints = self.build(WRONG, ["HalveQVR", "DoubleQVR", "TripleQVR", "LonelyQVR"])
