@@ -42,6 +42,7 @@ qvr_photo = "/usr/share/backgrounds/mate/nature/LadyBird.jpg"
 qvr_photo_alt = "A ladybird on a stem between blue flowers and green leaves"
 qvr_sound = "/usr/share/sounds/alsa/Front_Center.wav"
 qvr_costs = str(HERE / "costs.json")
+qvr_cost_page = "speed"
 qvr_examples = str(ROOT / "examples")
 qvr_included = {
     "ARCHITECTURE.md": "architecture",

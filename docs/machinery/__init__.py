@@ -47,6 +47,7 @@ def setup(app: Sphinx) -> dict[str, Any]:
     """Called by Sphinx."""
     for name in ("program", "work", "photo", "sound", "costs", "examples"):
         app.add_config_value(f"qvr_{name}", "", "env")
+    app.add_config_value("qvr_cost_page", "index", "env")
     app.add_config_value("qvr_photo_alt", "The photograph", "env")
     app.add_config_value("qvr_included", {}, "env")
     for alias in BasicLexer.aliases:

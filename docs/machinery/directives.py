@@ -7,6 +7,7 @@ from pathlib import Path
 
 from docutils import nodes
 from docutils.parsers.rst import directives
+from sphinx import addnodes
 from sphinx.application import Sphinx
 from sphinx.util.docutils import SphinxDirective
 
@@ -88,8 +89,17 @@ class CostDirective(PlugInDirective):
         rows = costs.of(entry.name)
         if not rows:
             raise self.error(f"nothing that was measured calls {entry.name}")
+        page = addnodes.pending_xref(
+            "",
+            refdomain="std",
+            reftype="doc",
+            reftarget=f"/{self.config.qvr_cost_page}",
+            refexplicit=True,
+            refwarn=True,
+        )
+        page += nodes.inline("", "Cost", classes=["doc"])
         head = nodes.paragraph(
-            "", "", nodes.strong("", "Cost"), nodes.Text(": time over that of a memcpy of as many bytes")
+            "", "", nodes.strong("", "", page), nodes.Text(": time over that of a memcpy of as many bytes")
         )
         return [Part("", head, _cost_table(rows), kind="cost", name=entry.name)]
 

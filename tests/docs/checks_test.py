@@ -47,6 +47,7 @@ qvr_program = str(here / "../pictureqvr")
 qvr_work = str(here / "../work")
 qvr_photo = qvr_sound = str(here / "../pixel.ppm")
 qvr_costs = str(here / "../costs.json")
+qvr_cost_page = "index"
 qvr_examples = str(here / "../examples")
 """
 
