@@ -1,8 +1,5 @@
 #include "fuzz/expect.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace fuzz
 {
 
@@ -21,12 +18,6 @@ std::string sizeText(int width, int height)
 }
 
 } // namespace
-
-void fail(const std::string& what)
-{
-    std::fprintf(stderr, "==FINDING== %s\n", what.c_str());
-    std::abort();
-}
 
 void expectBalanced(const standin::Host& host, const std::string& when)
 {

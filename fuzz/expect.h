@@ -8,7 +8,7 @@
 namespace fuzz
 {
 
-/// Ends the process with a message when something does not hold; the fuzzer then keeps the input.
+/// Is called when something does not hold. Each program has its own: fuzzers end the process, tests fail.
 [[noreturn]] void fail(const std::string& what);
 inline void expect(bool holds, const std::string& what)
 {

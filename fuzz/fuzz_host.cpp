@@ -1,5 +1,6 @@
 #include "fuzz/fuzz_host.h"
 
+#include "fuzz/truth.h"
 #include "tests/reference/picture.h"
 
 #include "build_info.h"
@@ -64,19 +65,7 @@ FuzzHost::FuzzHost(Input& input, const std::function<void(standin::Options&)>& c
 
 bool FuzzHost::isUsual() const
 {
-    return locks(newStorage());
-}
-
-bool FuzzHost::locks(Storage storage) const
-{
-    const bool bitmaps = options().kind == Kind::Console || options().kind == Kind::Web;
-    return bitmaps ? storage == Storage::Bitmap
-                   : storage == Storage::GWorld32 || storage == Storage::GWorld24;
-}
-
-int FuzzHost::bytesRead(Storage storage) const
-{
-    return bytesPerPixel(locks(storage) ? storage : newStorage());
+    return locks(*this, newStorage());
 }
 
 } // namespace fuzz

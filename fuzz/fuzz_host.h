@@ -24,10 +24,6 @@ public:
     {
         return options().storageOfNewPictures();
     }
-    /// Whether the plug-in works in a picture's own memory; other pictures the host draws for it.
-    bool locks(standin::Storage storage) const;
-    /// The bytes of a pixel that the plug-in reads or writes in place of those of `storage`.
-    int bytesRead(standin::Storage storage) const;
 };
 
 } // namespace fuzz

@@ -47,15 +47,15 @@ struct Seen
 };
 
 /// Nothing for a picture that cannot be opened: nil, or no bitmap where only those are.
-std::optional<Seen> seen(const FuzzHost& host, const Picture& picture)
+std::optional<Seen> seen(const standin::Host& host, const Picture& picture)
 {
     if (picture.isNil())
         return std::nullopt;
-    const bool copy = !host.locks(picture.storage());
-    if (copy && host.newStorage() == Storage::Bitmap)
+    const bool copy = !locks(host, picture.storage());
+    if (copy && host.options().storageOfNewPictures() == Storage::Bitmap)
         return std::nullopt;
-    return Seen{download(picture), host.bytesRead(picture.storage()), copy,
-                copy ? host.newStorage() : picture.storage()};
+    return Seen{download(picture), bytesRead(host, picture.storage()), copy,
+                copy ? host.options().storageOfNewPictures() : picture.storage()};
 }
 
 AlphaPlace alphaPlace(const Seen& source)
@@ -208,7 +208,8 @@ template <Inversion compute>
 Check inversion(const Call& call)
 {
     return mapsSelf(call, [&](const Seen& self) {
-        return compute(self.pixels, rectangleAt(call, 0), self.bytes, bytesPerPixel(call.host.newStorage()));
+        return compute(self.pixels, rectangleAt(call, 0), self.bytes,
+                       bytesPerPixel(call.host.options().storageOfNewPictures()));
     });
 }
 
@@ -398,7 +399,7 @@ Check transformColours(const Call& call)
         reference::transformColors(self->pixels, table(red), table(green), table(blue));
 
     const Picture target = call.arguments.size() > 3 ? pictureAt(call, 3) : Picture();
-    if (target.isNil() || !call.host.locks(target.storage()) || target.width() < mapped.width ||
+    if (target.isNil() || !locks(call.host, target.storage()) || target.width() < mapped.width ||
         target.height() < mapped.height)
         return [check = givesPicture(call, mapped), target](const Value& result) {
             check(result);
@@ -475,7 +476,7 @@ private:
             pixels = shifted(pixels, dx, dy);
             return true;
         }
-        if (!call.host.locks(picture.storage()))
+        if (!locks(call.host, picture.storage()))
             return false;
         pixels = reference::rotateVertically(reference::rotateHorizontally(pixels, dx), dy);
         return true;
@@ -668,6 +669,19 @@ reference::Picture filtered(const Instance& filter, const Seen& source)
 
 } // namespace
 
+bool locks(const standin::Host& host, Storage storage)
+{
+    const bool bitmaps =
+        host.options().kind == standin::Kind::Console || host.options().kind == standin::Kind::Web;
+    return bitmaps ? storage == Storage::Bitmap
+                   : storage == Storage::GWorld32 || storage == Storage::GWorld24;
+}
+
+int bytesRead(const standin::Host& host, Storage storage)
+{
+    return bytesPerPixel(locks(host, storage) ? storage : host.options().storageOfNewPictures());
+}
+
 Check checkOf(const Call& call)
 {
     const auto found = truths().find(call.method.declaration.name);
@@ -680,14 +694,14 @@ Check checkOfAssignment(const Call& call, const Value& value)
         return nullptr;
     const Picture mask = value.picture();
     Picture wanted = call.self.clone();
-    if (!mask.isNil() && call.host.locks(call.self.storage()) && seen(call.host, mask))
+    if (!mask.isNil() && locks(call.host, call.self.storage()) && seen(call.host, mask))
         assignMask(wanted, argument(call, 0).boolean(), mask == call.self ? wanted : mask);
     return [wanted, self = call.self](const Value&) {
         expect(wanted.rgba() == self.rgba(), "assigning EmbeddedMaskQVR left other pixels");
     };
 }
 
-Check checkOfRun(const FuzzHost& host, const Instance& filter)
+Check checkOfRun(const standin::Host& host, const Instance& filter)
 {
     const std::optional<Seen> source = seen(host, filter.get("SourcePicture").picture());
     const std::string what = filter.definition().name;

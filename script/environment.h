@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/values/storage.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,6 +11,16 @@
 namespace script
 {
 
+/// A call of the plug-in. Variables stand among the arguments as such.
+struct PluginCall
+{
+    const standin::RegisteredMethod& method;
+    standin::Picture picture;   ///< that it is made on, or nil
+    standin::Instance instance; ///< likewise
+    const standin::Arguments& arguments;
+    const standin::Value* assigned; ///< null where nothing is
+};
+
 /// What a program finds around it. Everything can be put in its place: tests and pages run programs with
 /// files of their own.
 struct Environment
@@ -19,6 +29,9 @@ struct Environment
     std::function<std::string(const std::string& name)> path = [](const std::string& name) { return name; };
     /// Takes each line that the program prints, without its end.
     std::function<void(const std::string& line)> print = [](const std::string&) {};
+    /// Sees each call of the plug-in before it is made. What it gives, if anything, is called with the
+    /// result, when variables have their new values.
+    std::function<std::function<void(const standin::Value& result)>(const PluginCall& call)> watch;
     /// What args(0), args(1) ... give: the program itself, then what it was started with.
     std::vector<std::string> arguments;
     /// How loaded pictures are stored; nothing: as the host stores new ones.

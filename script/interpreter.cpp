@@ -702,9 +702,15 @@ private:
         }
         // The variables are to hold the only references.
         arguments.clear();
-        standin::Value result = called(
-            declaration.name, self, passed,
-            assigned == nullptr ? std::nullopt : std::optional(hostValue(*assigned, declaration.result)));
+        std::optional<standin::Value> passedValue;
+        if (assigned != nullptr)
+            passedValue = hostValue(*assigned, declaration.result);
+        const PluginCall call{method, heldBy<Picture>(self), heldBy<standin::Instance>(self), passed,
+                              passedValue ? &*passedValue : nullptr};
+        const auto watcher = environment.watch ? environment.watch(call) : nullptr;
+        standin::Value result = called(call, self != nullptr);
+        if (watcher)
+            watcher(result);
         byrefs.writeBack();
         checked(result);
         for (std::size_t index = known; index < newVariables.size(); ++index)
@@ -714,24 +720,31 @@ private:
         return assigned == nullptr ? fromHost(result, declaration.result) : Value(nullptr);
     }
 
-    standin::Value called(const std::string& name, const Value* self, const standin::Arguments& arguments,
-                          const std::optional<standin::Value>& assigned)
+    /// The object in a value, or nil.
+    template <class Object>
+    static Object heldBy(const Value* value)
     {
-        if (self == nullptr)
+        const auto* object = value == nullptr ? nullptr : std::get_if<Object>(value);
+        return object == nullptr ? Object() : *object;
+    }
+
+    standin::Value called(const PluginCall& call, bool onObject)
+    {
+        const std::string& name = call.method.declaration.name;
+        if (!onObject)
         {
-            if (assigned)
+            if (call.assigned != nullptr)
                 throw Error(name + " cannot be assigned to");
-            return host.callGlobal(name, arguments);
+            return host.callGlobal(name, call.arguments);
         }
-        if (const auto* instance = std::get_if<standin::Instance>(self))
+        if (!call.instance.isNil())
         {
-            standin::Instance target = *instance;
-            return assigned ? target.assign(name, arguments, *assigned) : target.call(name, arguments);
+            standin::Instance target = call.instance;
+            return call.assigned != nullptr ? target.assign(name, call.arguments, *call.assigned)
+                                            : target.call(name, call.arguments);
         }
-        const auto* held = std::get_if<Picture>(self);
-        const Picture picture = held == nullptr ? Picture() : *held;
-        return assigned ? host.assign(picture, name, arguments, *assigned)
-                        : host.call(picture, name, arguments);
+        return call.assigned != nullptr ? host.assign(call.picture, name, call.arguments, *call.assigned)
+                                        : host.call(call.picture, name, call.arguments);
     }
 
     static Type typeOfBuiltIn(const Value& value)
