@@ -26,19 +26,6 @@ void expectBalanced(const standin::Host& host, const std::string& when)
         fail(when + ": " + ledger.describe());
 }
 
-reference::Picture download(const standin::Picture& picture)
-{
-    reference::Picture result(picture.width(), picture.height());
-    const std::vector<std::uint8_t> bytes = picture.rgba();
-    const std::uint8_t* next = bytes.data();
-    for (reference::Pixel& pixel : result.pixels)
-    {
-        pixel = {next[0], next[1], next[2], next[3]};
-        next += 4;
-    }
-    return result;
-}
-
 void expectPicture(const reference::Picture& wanted, const standin::Picture& got, const std::string& what,
                    bool alpha)
 {
@@ -48,14 +35,14 @@ void expectPicture(const reference::Picture& wanted, const standin::Picture& got
         fail(what + ": wanted a picture of " + sizeText(wanted.width, wanted.height) + ", got one of " +
              sizeText(got.width(), got.height()));
     const standin::StorageTraits traits = traitsOf(got.storage());
-    const reference::Picture pixels = download(got);
+    const reference::Picture pixels = reference::download(got);
     for (std::size_t index = 0; index < pixels.pixels.size(); ++index)
     {
         reference::Pixel want = wanted.pixels[index];
         if (!alpha || !traits.hasSpareByte)
             want.alpha = pixels.pixels[index].alpha;
-        else if (want.alpha == 255)
-            want.alpha = traits.opaqueAlpha;
+        else
+            want.alpha = reference::storedAlpha(want.alpha, traits);
         if (want != pixels.pixels[index])
             fail(what + ": pixel " + std::to_string(index) + " of " + sizeText(wanted.width, wanted.height) +
                  " in " + std::string(traits.name) + " is " + textOf(pixels.pixels[index]) + ", not " +

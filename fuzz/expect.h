@@ -1,7 +1,6 @@
 #pragma once
 
-#include "host/host.h"
-#include "tests/reference/picture.h"
+#include "tests/reference/host_picture.h"
 
 #include <string>
 
@@ -22,8 +21,5 @@ void expectBalanced(const standin::Host& host, const std::string& when);
 /// wanted as they are. With `alpha` false no spare byte is looked at.
 void expectPicture(const reference::Picture& wanted, const standin::Picture& got, const std::string& what,
                    bool alpha = true);
-
-/// The pixels of a host picture, spare bytes as they are.
-reference::Picture download(const standin::Picture& picture);
 
 } // namespace fuzz

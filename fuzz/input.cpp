@@ -1,5 +1,7 @@
 #include "fuzz/input.h"
 
+#include "tests/reference/telling_values.h"
+
 #include <limits>
 
 namespace fuzz
@@ -24,28 +26,11 @@ std::int32_t Input::coordinate(int size)
 
 double Input::real()
 {
-    using Limits = std::numeric_limits<double>;
-    constexpr double special[] = {0.0,
-                                  -0.0,
-                                  1.0,
-                                  -1.0,
-                                  0.5,
-                                  255.0,
-                                  -255.0,
-                                  1e-300,
-                                  8421504.5,
-                                  2147483647.0,
-                                  2147483648.0,
-                                  -2147483648.0,
-                                  -2147483904.0,
-                                  1e300,
-                                  Limits::infinity(),
-                                  Limits::quiet_NaN()};
     constexpr double step = 1 / 4096.0;
     switch (const std::uint8_t choice = byte(); choice % 4)
     {
     case 0:
-        return special[choice / 4 % std::size(special)];
+        return reference::tellingDoubles[choice / 4 % std::size(reference::tellingDoubles)];
     case 1:
         return bits<std::int32_t>() * step;
     case 2:

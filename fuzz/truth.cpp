@@ -54,7 +54,7 @@ std::optional<Seen> seen(const standin::Host& host, const Picture& picture)
     const bool copy = !locks(host, picture.storage());
     if (copy && host.options().storageOfNewPictures() == Storage::Bitmap)
         return std::nullopt;
-    return Seen{download(picture), bytesRead(host, picture.storage()), copy,
+    return Seen{reference::download(picture), bytesRead(host, picture.storage()), copy,
                 copy ? host.options().storageOfNewPictures() : picture.storage()};
 }
 
@@ -405,7 +405,7 @@ Check transformColours(const Call& call)
             check(result);
             expect(target.isNil() || !(result.picture() == target), "TransformColorsQVR gave its argument");
         };
-    reference::Picture wanted = download(target);
+    reference::Picture wanted = reference::download(target);
     for (int y = 0; y < mapped.height; ++y)
         for (int x = 0; x < mapped.width; ++x)
         {
@@ -414,7 +414,8 @@ Check transformColours(const Call& call)
         }
     return [wanted, target](const Value& result) {
         expect(result.picture() == target, "TransformColorsQVR did not give its argument");
-        expect(download(target) == wanted, "TransformColorsQVR wrote other pixels into its argument");
+        expect(reference::download(target) == wanted,
+               "TransformColorsQVR wrote other pixels into its argument");
     };
 }
 
@@ -428,7 +429,7 @@ public:
     {
         for (const Picture& picture : {call.self, call.self.isNil() ? Picture() : call.self.mask()})
             if (!picture.isNil())
-                states.insert_or_assign(picture.handle(), State{picture, download(picture)});
+                states.insert_or_assign(picture.handle(), State{picture, reference::download(picture)});
     }
 
     bool vertically(const Picture& picture, int delta, bool withMask)
@@ -449,7 +450,8 @@ public:
     void expectDone() const
     {
         for (const auto& [handle, state] : states)
-            expect(download(state.picture) == state.pixels, call.method.text + " moved other pixels");
+            expect(reference::download(state.picture) == state.pixels,
+                   call.method.text + " moved other pixels");
     }
 
 private:

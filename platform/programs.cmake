@@ -9,11 +9,8 @@ target_include_directories(build_info INTERFACE ${PROJECT_BINARY_DIR}/generated)
 # Half of the time that a small file takes to compile is spent on the standard library's headers.
 set(STANDARD_HEADERS <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem> <functional> <limits> <map>
     <memory> <optional> <set> <span> <sstream> <string> <string_view> <utility> <variant> <vector>)
-# For what is waited for more often than it runs. Under the sanitizers all of it runs.
+# For what is waited for more often than it runs.
 set(COMPILED_QUICKLY -O0)
-if(PICTUREQVR_SANITIZE)
-    set(COMPILED_QUICKLY -O2)
-endif()
 # Nothing in an object is to depend on when and in which folder its precompiled header was made.
 add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
 set(CMAKE_CXX_COMPILE_OPTIONS_USE_PCH -Xclang -include-pch -Xclang <PCH_FILE>)

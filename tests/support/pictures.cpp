@@ -1,6 +1,7 @@
 #include "tests/support/pictures.h"
 
 #include "media/image.h"
+#include "tests/reference/telling_values.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +17,7 @@ std::uint8_t storedAlpha(reference::Pixel wanted, standin::Storage storage, Alph
     const standin::StorageTraits traits = traitsOf(storage);
     if (!traits.hasSpareByte)
         return 255;
-    return alpha == Alpha::Opaque && wanted.alpha == 255 ? traits.opaqueAlpha : wanted.alpha;
+    return alpha == Alpha::Opaque ? reference::storedAlpha(wanted.alpha, traits) : wanted.alpha;
 }
 
 reference::Pixel withoutAlpha(reference::Pixel pixel)
@@ -166,32 +167,11 @@ int Random::coordinate(int size)
 
 double Random::parameter()
 {
-    static const std::vector<double> special{0.0,
-                                             -0.0,
-                                             1.0,
-                                             -1.0,
-                                             0.5,
-                                             255.0,
-                                             -255.0,
-                                             300.0,
-                                             -300.0,
-                                             1e-300,
-                                             1e9,
-                                             -1e9,
-                                             8421504.5,
-                                             2147483647.0,
-                                             2147483648.0,
-                                             -2147483648.0,
-                                             -2147483904.0,
-                                             1e300,
-                                             -1e300,
-                                             std::numeric_limits<double>::infinity(),
-                                             -std::numeric_limits<double>::infinity(),
-                                             std::numeric_limits<double>::quiet_NaN()};
     switch (between(0, 3))
     {
     case 0:
-        return oneOf(special);
+        return reference::tellingDoubles[static_cast<std::size_t>(
+            between(0, static_cast<int>(std::size(reference::tellingDoubles)) - 1))];
     case 1:
         return std::uniform_real_distribution<double>{-400, 400}(engine);
     default:
@@ -272,31 +252,6 @@ std::vector<standin::Storage> gworlds(bool lockable)
     return storagesThat([lockable](standin::Storage storage) {
         return traitsOf(storage).access == standin::Access::GWorld && isLockable(storage) == lockable;
     });
-}
-
-standin::Picture upload(standin::Host& host, const reference::Picture& picture,
-                        std::optional<standin::Storage> storage)
-{
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(picture.pixels.size() * 4);
-    for (const reference::Pixel& pixel : picture.pixels)
-        bytes.insert(bytes.end(), {pixel.red, pixel.green, pixel.blue, pixel.alpha});
-    standin::Picture result = host.newPicture(picture.width, picture.height, storage);
-    result.setRgba(bytes);
-    return result;
-}
-
-reference::Picture download(const standin::Picture& picture)
-{
-    reference::Picture result(picture.width(), picture.height());
-    const std::vector<std::uint8_t> bytes = picture.rgba();
-    const std::uint8_t* next = bytes.data();
-    for (reference::Pixel& pixel : result.pixels)
-    {
-        pixel = {next[0], next[1], next[2], next[3]};
-        next += 4;
-    }
-    return result;
 }
 
 void expectPicture(const reference::Picture& wanted, const standin::Picture& got,

@@ -3,8 +3,7 @@
 /// differ.
 #pragma once
 
-#include "host/values/picture.h"
-#include "tests/reference/picture.h"
+#include "tests/reference/host_picture.h"
 #include "tests/support/test_host.h"
 
 #include <cstdint>
@@ -93,11 +92,8 @@ std::vector<standin::Storage> storagesThat(Predicate holds)
 /// QuickDraw's storages: those that the plug-in locks, and those that it does not.
 std::vector<standin::Storage> gworlds(bool lockable);
 
-/// A host picture of these pixels, spare bytes as they are.
-standin::Picture upload(standin::Host& host, const reference::Picture& picture,
-                        std::optional<standin::Storage> storage = std::nullopt);
-/// The pixels of a host picture, spare bytes as they are: with storages of few colours not what was uploaded.
-reference::Picture download(const standin::Picture& picture);
+using reference::download;
+using reference::upload;
 
 /// Whether and how the spare byte (A, X) is compared.
 enum class Alpha
