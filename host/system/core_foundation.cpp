@@ -48,8 +48,10 @@ CFURLRef urlOfFolder(Core& core, CFAllocatorRef, const FSRef* folder)
     return static_cast<CFURLRef>(url.handle());
 }
 
-CFURLRef appendComponent(Core& core, CFAllocatorRef, CFURLRef base, CFStringRef component, Boolean)
+CFURLRef appendComponent(Core& core, CFAllocatorRef, CFURLRef base, CFStringRef component, Boolean isDirectory)
 {
+    if (isDirectory == 0)
+        core.fault("CFURLCreateCopyAppendingPathComponent: a framework is a folder");
     const auto* folder = core.expect<UrlObject>(base, "CFURLCreateCopyAppendingPathComponent");
     const std::string name = stringOf(core, component, "CFURLCreateCopyAppendingPathComponent");
     if (folder == nullptr)
