@@ -48,7 +48,8 @@ CFURLRef urlOfFolder(Core& core, CFAllocatorRef, const FSRef* folder)
     return static_cast<CFURLRef>(url.handle());
 }
 
-CFURLRef appendComponent(Core& core, CFAllocatorRef, CFURLRef base, CFStringRef component, Boolean isDirectory)
+CFURLRef appendComponent(Core& core, CFAllocatorRef, CFURLRef base, CFStringRef component,
+                         Boolean isDirectory)
 {
     if (isDirectory == 0)
         core.fault("CFURLCreateCopyAppendingPathComponent: a framework is a folder");
