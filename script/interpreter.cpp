@@ -21,14 +21,6 @@ using standin::Type;
 namespace
 {
 
-template <class... Visitors>
-struct Overloaded : Visitors...
-{
-    using Visitors::operator()...;
-};
-template <class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
-
 using Overloads = std::vector<const RegisteredMethod*>;
 
 /// The variable's type for what a byref parameter declares.

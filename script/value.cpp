@@ -18,14 +18,6 @@ using standin::Type;
 namespace
 {
 
-template <class... Visitors>
-struct Overloaded : Visitors...
-{
-    using Visitors::operator()...;
-};
-template <class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
-
 constexpr std::array<std::pair<Kind, std::string_view>, 10> plainTypes{{{Kind::Integer, "Integer"},
                                                                         {Kind::UInt32, "UInt32"},
                                                                         {Kind::Double, "Double"},

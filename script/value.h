@@ -30,6 +30,15 @@ using Value =
     std::variant<std::nullptr_t, bool, std::int32_t, std::uint32_t, double, Colour, standin::String,
                  standin::Picture, standin::MemoryBlock, standin::Instance, File, Surface, FileName>;
 
+/// One visitor of values out of functions for some types each.
+template <class... Visitors>
+struct Overloaded : Visitors...
+{
+    using Visitors::operator()...;
+};
+template <class... Visitors>
+Overloaded(Visitors...) -> Overloaded<Visitors...>;
+
 /// The types that variables can have.
 enum class Kind
 {
