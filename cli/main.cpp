@@ -1,5 +1,6 @@
 #include "cli/apply.h"
 #include "cli/demo.h"
+#include "cli/help.h"
 #include "cli/host_choice.h"
 #include "cli/list.h"
 #include "cli/run.h"
@@ -89,6 +90,10 @@ int main(int argumentCount, char** arguments)
     CLI::App& list = *app.add_subcommand("list", "List everything that the plug-in registers");
     list.add_flag("--json", json, "As JSON");
 
+    std::string topic;
+    CLI::App& help = *app.add_subcommand("help", "Explain a method or a class");
+    help.add_option("NAME", topic, "Its name, such as InvertQVR")->required()->type_name("");
+
     cli::ApplyRequest request;
     CLI::App& apply = *app.add_subcommand("apply", "Call methods on picture files");
     apply.footer(applyExamples);
@@ -149,6 +154,8 @@ int main(int argumentCount, char** arguments)
             cli::apply(choice, request);
         else if (filter)
             cli::filter(choice, filterRequest);
+        else if (help)
+            cli::help(standin::Host(choice.options()), topic);
         else if (run)
             cli::run(choice, runRequest);
         else if (demo)

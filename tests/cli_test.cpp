@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -461,6 +462,39 @@ TEST_P(Cli, TellsWhereAProgramIsWrong)
     expectFailure("run none.bas", "cannot read none.bas: No such file");
     expectFailure("run p.bas --file photo.tga", "NAME=PATH");
     expectFailure("run", "FILE is required", usage);
+}
+
+TEST_P(Cli, HelpsWithEveryMethodAndClass)
+{
+    const TestHost host{hostSetup(artefact())};
+    const auto expectHelp = [&](const std::string& name, const std::string& declaration) {
+        const Outcome result = run("help " + name);
+        EXPECT_EQ(result.code, success) << result.errors;
+        EXPECT_THAT(result.output, StartsWith(name + "\n\n")) << name;
+        std::string joined = result.output;
+        joined.erase(
+            std::remove_if(joined.begin(), joined.end(), [](char c) { return c == ' ' || c == '\n'; }),
+            joined.end());
+        std::string wanted = declaration;
+        wanted.erase(std::remove(wanted.begin(), wanted.end(), ' '), wanted.end());
+        EXPECT_THAT(joined, HasSubstr(wanted)) << name;
+        EXPECT_THAT(joined, HasSubstr("Example(examples/" + name + ".bas):'Shows:")) << name;
+        for (const char* mark : {"```", "**", "](", "|--", "{cost}"})
+            EXPECT_THAT(result.output, testing::Not(HasSubstr(mark))) << name;
+        std::istringstream lines{result.output};
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 120U) << name << ": " << line;
+    };
+    for (const standin::RegisteredClass& extension : host.registered().extensions)
+        for (const standin::RegisteredMethod& method : extension.methods)
+            expectHelp(method.declaration.name, method.text);
+    for (const standin::RegisteredMethod& method : host.registered().globals)
+        expectHelp(method.declaration.name, method.text);
+    for (const standin::RegisteredClass& definition : host.registered().classes)
+        for (const standin::RegisteredProperty& property : definition.properties)
+            expectHelp(definition.name, property.name + " as " + property.type);
+    EXPECT_EQ(run("help invertqvr").output, run("help InvertQVR").output);
+    expectFailure("help NoSuchQVR", "there is no method or class NoSuchQVR");
 }
 
 TEST_P(Cli, RefusesWrongOptions)
