@@ -15,7 +15,7 @@ namespace
 using Lines = std::vector<std::string>;
 
 constexpr std::size_t lineWidth = 79;
-constexpr std::size_t indent = 4;
+constexpr std::size_t margin = 4;
 
 Lines linesOf(std::string_view text)
 {
@@ -138,13 +138,13 @@ void printTable(const Lines& rows)
             if (!cells[index].empty() && cells[index] != "-")
                 text += std::string(text.ends_with(':') ? " " : "; ") +
                         (index < heads.size() && heads[index] == "Default" ? "default " : "") + cells[index];
-        printWrapped(text, indent, 2 * indent);
+        printWrapped(text, margin, 2 * margin);
     }
 }
 
 void printDeclarations(const standin::Registered& registered, const std::string& name)
 {
-    const auto print = [](const std::string& text) { printWrapped(text, indent, 2 * indent); };
+    const auto print = [](const std::string& text) { printWrapped(text, margin, 2 * margin); };
     const auto printMethods = [&](const std::vector<const standin::RegisteredMethod*>& methods) {
         for (const standin::RegisteredMethod* method : methods)
             print(method->text);
@@ -167,7 +167,7 @@ void printExample(const std::string& name)
         {
             std::cout << "Example (examples/" << example.name << ".bas):\n\n";
             for (const std::string& line : linesOf(example.text))
-                std::cout << std::string(line.empty() ? 0 : indent, ' ') << line << "\n";
+                std::cout << std::string(line.empty() ? 0 : margin, ' ') << line << "\n";
         }
 }
 
@@ -241,7 +241,7 @@ private:
         {
             separate();
             for (const std::string& line : block)
-                std::cout << std::string(line.empty() ? 0 : indent, ' ') << line << "\n";
+                std::cout << std::string(line.empty() ? 0 : margin, ' ') << line << "\n";
         }
     }
 

@@ -17,25 +17,7 @@
 #include <filesystem>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <unistd.h>
-
-namespace
-{
-
-/// What the references say against a call; no error of the program's.
-class Untrue : public std::logic_error
-{
-public:
-    using std::logic_error::logic_error;
-};
-
-} // namespace
-
-void fuzz::fail(const std::string& what)
-{
-    throw Untrue(what);
-}
 
 namespace
 {
