@@ -48,7 +48,8 @@ std::string pathOf(const Services& services, const Value& file)
 
 Value openPicture(const Services& services, const Value& file)
 {
-    return loadPicture(services.host, pathOf(services, file), services.environment.storage);
+    const Environment& environment = services.environment;
+    return pictureOf(services.host, environment.readImage(pathOf(services, file)), environment.storage);
 }
 
 /// The picture as its mask and, where it has none, its alpha bytes make it look; opaque ones have no alpha.
@@ -96,8 +97,11 @@ void savePicture(const Services& services, const Picture& picture, const Values&
     if (format < 0 || format >= static_cast<std::int32_t>(saveFormats.size()))
         throw Error("expected a format such as Picture.SaveAsPNG");
     const std::string_view extension = saveFormats[static_cast<std::size_t>(format)].extension;
-    standin::writeFile(path, media::encoded(extension.empty() ? path : "picture" + std::string(extension),
-                                            savedImage(picture)));
+    if (services.environment.saveImage)
+        services.environment.saveImage(path, savedImage(picture));
+    else
+        standin::writeFile(path, media::encoded(extension.empty() ? path : "picture" + std::string(extension),
+                                                savedImage(picture)));
 }
 
 // Functions

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/host.h"
+#include "media/image.h"
 
 #include <cstdint>
 #include <functional>
@@ -27,6 +28,12 @@ struct Environment
 {
     /// Where the file lies that a program calls so; may throw standin::Error.
     std::function<std::string(const std::string& name)> path = [](const std::string& name) { return name; };
+    /// Reads the image file at a path, with four channels; may throw standin::Error.
+    std::function<media::Image(const std::string& path)> readImage = [](const std::string& file) {
+        return media::readImage(file, 4);
+    };
+    /// Takes each picture that the program saves, as it looks, in the place of the file at the path.
+    std::function<void(const std::string& path, const media::Image& image)> saveImage;
     /// Takes each line that the program prints, without its end.
     std::function<void(const std::string& line)> print = [](const std::string&) {};
     /// Sees each call of the plug-in before it is made. What it gives, if anything, is called with the

@@ -59,7 +59,12 @@ standin::Picture loadPicture(standin::Host& host, const std::string& path,
                              std::optional<standin::Storage> storage)
 {
     constexpr int rgba = 4;
-    const media::Image image = media::readImage(path, rgba);
+    return pictureOf(host, media::readImage(path, rgba), storage);
+}
+
+standin::Picture pictureOf(standin::Host& host, const media::Image& image,
+                           std::optional<standin::Storage> storage)
+{
     standin::Picture picture = host.newPicture(image.width, image.height, storage);
     picture.setRgba(image.bytes);
     return picture;

@@ -19,6 +19,10 @@ namespace script
 standin::Picture loadPicture(standin::Host& host, const std::string& path,
                              std::optional<standin::Storage> storage = std::nullopt);
 
+/// A picture of an image with four channels.
+standin::Picture pictureOf(standin::Host& host, const media::Image& image,
+                           std::optional<standin::Storage> storage = std::nullopt);
+
 /// The colours of a picture, and its alpha byte if wanted.
 media::Image imageOf(const standin::Picture& picture, bool alpha = false);
 

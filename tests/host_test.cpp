@@ -3,6 +3,7 @@
 /// functions of this file.
 #include "abi/host_abi.h"
 #include "abi/system_abi.h"
+#include "host/call_timer.h"
 #include "host/core/core.h"
 #include "host/file.h"
 #include "host/loaders/elf_format.h"
@@ -14,11 +15,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <set>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -45,6 +48,47 @@ std::string errorOf(const std::function<void()>& action)
         return error.what();
     }
     return "no error";
+}
+
+// Times
+
+TEST(HostCallTimer, TellsThePlugInsTimeFromTheHosts)
+{
+    using namespace std::chrono_literals;
+    using standin::CallTimer;
+    const auto start = std::chrono::steady_clock::now();
+    const CallTimer timer;
+    {
+        const CallTimer::Turn plugin(CallTimer::Side::Plugin);
+        std::this_thread::sleep_for(1ms);
+        {
+            const CallTimer::Turn host(CallTimer::Side::Host);
+            std::this_thread::sleep_for(5ms);
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    const auto& [plugin, host] = timer.times();
+    EXPECT_GE(plugin, 2ms);
+    EXPECT_GE(host, 5ms);
+    std::this_thread::sleep_for(1ms);
+    EXPECT_LE(plugin + host, std::chrono::steady_clock::now() - start - 1ms);
+}
+
+TEST(HostCallTimer, TimesTheCallsOfItsTime)
+{
+    standin::Host host;
+    const Picture picture = host.newPicture(100, 100);
+    const standin::CallTimer elder;
+    {
+        const standin::CallTimer timer;
+        EXPECT_EQ(timer.times().plugin.count(), 0);
+        host.call(picture, "InvertQVR");
+        EXPECT_GT(timer.times().plugin.count(), 0);
+        EXPECT_GT(timer.times().host.count(), 0) << "it makes the result";
+    }
+    EXPECT_EQ(elder.times().plugin.count(), 0);
+    host.call(picture, "InvertQVR");
+    EXPECT_GT(elder.times().plugin.count(), 0);
 }
 
 // Declarations

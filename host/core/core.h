@@ -2,6 +2,7 @@
 /// The state of one host, and what its services share.
 #pragma once
 
+#include "host/call_timer.h"
 #include "host/host.h"
 #include "host/loaders/plugin.h"
 #include "host/objects/objects.h"
@@ -209,6 +210,7 @@ template <class Call>
 auto Core::inside(Call call)
 {
     const CurrentHost scope(*this);
+    const CallTimer::Turn turn(CallTimer::Side::Plugin);
     return call();
 }
 

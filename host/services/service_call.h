@@ -61,6 +61,7 @@ auto serve(Arguments... arguments)
     using Result = std::invoke_result_t<decltype(function), Core&, Arguments...>;
     constexpr bool canFail = !std::is_void_v<Result> && !std::is_floating_point_v<Result>;
 
+    const CallTimer::Turn turn(CallTimer::Side::Host);
     Core& core = Core::current();
     const auto failed = [&] {
         if constexpr (std::is_invocable_v<decltype(failure), Core&, Arguments...>)
