@@ -138,11 +138,15 @@ int main(int argumentCount, char** arguments)
 
     cli::DemoRequest demoRequest;
     CLI::App& demo =
-        *app.add_subcommand("demo", "Run every operation on a photograph and write a page of the results");
+        *app.add_subcommand("demo", "Run every example on a photograph and write a page of the results");
     demo.add_option("--photo", demoRequest.photo, "The photograph")->type_name("FILE")->capture_default_str();
     demo.add_option("--sound", demoRequest.sound, "The sound (.wav, 16-bit PCM)")
         ->type_name("FILE")
         ->capture_default_str();
+    demo.add_option(
+            "--source", demoRequest.source,
+            "The project, with examples/ and docs/reference/index.md (default: the one this was built of)")
+        ->type_name("DIR");
     demo.add_option("--out", demoRequest.folder, "Folder that gets index.html")->type_name("DIR")->required();
 
     try

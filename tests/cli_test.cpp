@@ -1,4 +1,5 @@
 // The program as its users meet it: what it prints, what it writes, and how it ends.
+#include "media/image.h"
 #include "tests/support/test_host.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +12,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -25,6 +28,7 @@ namespace
 namespace fs = std::filesystem;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr int success = 0;
@@ -515,43 +519,178 @@ TEST_P(Cli, ExplainsItself)
     EXPECT_THAT(help.output, HasSubstr("pictureqvr apply 'InvertQVR(10, 10, 200, 100)' photo.jpg out.png\n"));
 }
 
-TEST_P(Cli, DemoShowsEverythingRegistered)
+/// The tests of the demo: its page is what users look at.
+class Demo : public Cli
 {
-    std::vector<Rgb> pixels;
-    constexpr int size = 80;
-    for (int y = 0; y < size; ++y)
-        for (int x = 0; x < size; ++x)
-            pixels.push_back({static_cast<std::uint8_t>(3 * x), static_cast<std::uint8_t>(2 * y),
-                              static_cast<std::uint8_t>(x + y)});
-    write("photo.tga", tga(size, size, pixels));
-    write("sound.wav", std::string{"RIFF\0\0\0\0WAVEfmt \x02\0\0\0\x01\0data\xD0\x07\0\0", 30} +
-                           std::string(2000, '\x21'));
-    const Outcome result = run("demo --photo photo.tga --sound sound.wav --out page");
+protected:
+    void SetUp() override
+    {
+        std::vector<Rgb> pixels;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                pixels.push_back({static_cast<std::uint8_t>(3 * x), static_cast<std::uint8_t>(2 * y),
+                                  static_cast<std::uint8_t>(x + y)});
+        write("photo.tga", tga(width, height, pixels));
+        write("sound.wav", std::string{"RIFF\0\0\0\0WAVEfmt \x02\0\0\0\x01\0data\xD0\x07\0\0", 30} +
+                               std::string(2000, '\x21'));
+    }
+
+    Outcome makePage(const std::string& options = "") const
+    {
+        return run("demo --photo photo.tga --sound sound.wav --out page " + options);
+    }
+
+    std::string page() const
+    {
+        return contentsOf(folder / "page" / "index.html");
+    }
+
+    /// A project of its own, whose only family has these examples.
+    void writeProject(const std::map<std::string, std::string>& programs) const
+    {
+        fs::create_directories(folder / "project" / "docs" / "reference");
+        fs::create_directories(folder / "project" / "examples");
+        std::string row = "| [Family](family.md) |";
+        for (const auto& [name, program] : programs)
+        {
+            row += " `" + name + "`";
+            if (!program.empty())
+                write("project/examples/" + name + ".bas", program);
+        }
+        write("project/docs/reference/index.md", "# Reference\n\n" + row + " |\n");
+    }
+
+    /// What stands between two marks, each time.
+    static std::vector<std::string> allBetween(const std::string& text, const std::string& opening,
+                                               const std::string& closing)
+    {
+        std::vector<std::string> found;
+        for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at))
+        {
+            at += opening.size();
+            const std::size_t end = text.find(closing, at);
+            found.push_back(text.substr(at, end - at));
+        }
+        return found;
+    }
+
+    static constexpr int width = 96;
+    static constexpr int height = 80;
+};
+
+ON_EVERY_ARTEFACT(Demo);
+
+TEST_P(Demo, ShowsEverythingRegistered)
+{
+    const Outcome result = makePage();
     EXPECT_EQ(result.code, success) << result.errors;
     const TestHost host{hostSetup(artefact())};
     const standin::Registered& registered = host.registered();
     const std::size_t methods = registered.extensions.at(0).methods.size() + registered.globals.size();
     const std::size_t classes = registered.classes.size();
+    const std::string shown = counted(methods, "of ") + counted(methods, "methods and ") +
+                              counted(classes, "of ") + counted(classes, "classes.");
     // Without the lines that tell how it gets on: those that it ends with.
     const std::size_t lastStep = result.errors.rfind("\n[") + 1;
-    const std::string summary = result.errors.substr(result.errors.find('\n', lastStep) + 1);
-    EXPECT_EQ(summary, "Shown: " + counted(methods, "of ") + counted(methods, "methods and ") +
-                           counted(classes, "of ") + counted(classes, "classes.\n"));
-    const std::string page = contentsOf(folder / "page" / "index.html");
-    EXPECT_THAT(page, HasSubstr("photo.InvertQVR"));
-    EXPECT_THAT(page, testing::Not(HasSubstr("{{")));
-    // Every picture that the page shows is there.
-    int pictures = 0;
-    for (std::size_t at = page.find("src=\""); at != std::string::npos; at = page.find("src=\"", at + 1))
+    EXPECT_EQ(result.errors.substr(result.errors.find('\n', lastStep) + 1), "Shown: " + shown + "\n");
+
+    const std::string html = page();
+    EXPECT_THAT(html, HasSubstr(shown));
+    EXPECT_THAT(html, Not(HasSubstr("{{")));
+    std::set<std::string> names;
+    for (const standin::RegisteredMethod& method : registered.extensions.at(0).methods)
+        names.insert(method.declaration.name);
+    for (const standin::RegisteredMethod& method : registered.globals)
+        names.insert(method.declaration.name);
+    for (const standin::RegisteredClass& definition : registered.classes)
+        names.insert(definition.name);
+    for (const std::string& name : names)
+        EXPECT_THAT(html, HasSubstr("<article class=\"card\" id=\"" + name + "\">"));
+    const std::vector<std::string> cards = allBetween(html, "<article", "</article>");
+    EXPECT_EQ(cards.size(), names.size());
+    for (const std::string& card : cards)
     {
-        const std::string name = page.substr(at + 5, page.find('"', at + 5) - at - 5);
-        EXPECT_TRUE(fs::file_size(folder / "page" / name) > 0) << name;
-        ++pictures;
+        EXPECT_THAT(card, testing::AnyOf(HasSubstr("<img "), HasSubstr("class=\"printed\"")));
+        EXPECT_THAT(card, HasSubstr("QVR"));
+        const std::vector<std::string> times = allBetween(card, "<td>", "</td>");
+        EXPECT_FALSE(times.empty()) << card;
+        for (const std::string& time : times)
+            EXPECT_THAT(time, testing::MatchesRegex("below 1 µs|[1-9][0-9]* µs|[1-9][0-9]*\\.[0-9]+ ms"));
     }
-    EXPECT_GT(pictures, 40);
-    const Outcome refused = run("demo --photo missing.jpg --out page");
-    EXPECT_EQ(refused.code, failure);
-    EXPECT_THAT(refused.errors, EndsWith("pictureqvr: cannot read missing.jpg: No such file or directory\n"));
+}
+
+TEST_P(Demo, ShowsPicturesWithTheirSizesAndInWords)
+{
+    EXPECT_EQ(makePage().code, success);
+    const std::string html = page();
+    EXPECT_THAT(html, HasSubstr("<img src=\"original.png\" width=\"96\" height=\"80\" "
+                                "alt=\"The photograph, unchanged\""));
+    const std::vector<std::string> figures = allBetween(html, "<figure>", "</figure>");
+    EXPECT_GT(figures.size(), 60U);
+    for (const std::string& figure : figures)
+    {
+        const std::string file = allBetween(figure, "src=\"", "\"").at(0);
+        const media::Image image = media::readImage((folder / "page" / file).string(), 3);
+        EXPECT_EQ(allBetween(figure, " width=\"", "\"").at(0), std::to_string(image.width)) << file;
+        EXPECT_EQ(allBetween(figure, " height=\"", "\"").at(0), std::to_string(image.height)) << file;
+        const std::string caption = allBetween(figure, "<b>", "</b>").at(0);
+        const std::string words = allBetween(figure, " alt=\"", "\"").at(0);
+        EXPECT_GT(words.size(), 10U) << file;
+        EXPECT_THAT(words, Not(HasSubstr(caption)));
+    }
+    const media::Image negative = media::readImage((folder / "page" / "InvertQVR.png").string(), 3);
+    const std::vector<std::uint8_t> firstPixel(negative.bytes.begin(), negative.bytes.begin() + 3);
+    EXPECT_THAT(firstPixel, testing::ElementsAre(255, 255, 255));
+
+    const std::string chart = allBetween(html, "<svg", "</svg>").at(0);
+    for (const char* part :
+         {"role=\"img\" aria-label=\"Histogram of the levels 0 to 255: red has level ", "class=\"axis\"",
+          ">red</text>", ">green</text>", ">blue</text>", ">level</text>", ">pixels</text>"})
+        EXPECT_THAT(chart, HasSubstr(part));
+}
+
+TEST_P(Demo, TellsWhichExamplesFail)
+{
+    const std::string good =
+        "' Shows: a number\nDim p As New Picture(2, 2, 32)\nPrint p.CountColorQVR(&cFFFFFF)\n";
+    writeProject(
+        {{"CountColorQVR", good},
+         {"HasMaskQVR", "' Shows: nothing\nDim p As New Picture(2, 2, 32)\nIf p.HasMaskQVR Then Print 1\n"},
+         {"InvertQVR", "' Shows: what is no method\nDim p As New Picture(2, 2, 32)\nPrint p.TurnQVR\n"},
+         {"NoSuchQVR", ""},
+         {"ScrollQVR", "' Shows: another\nPrint 1\n"},
+         {"isWhiteQVR", "Print 1\n"}});
+    const Outcome result = makePage("--source project");
+    EXPECT_EQ(result.code, failure);
+    for (const char* line :
+         {"[ 1/6] CountColorQVR  plug-in ",
+          "\n[ 2/6] HasMaskQVR  FAILED: project/examples/HasMaskQVR.bas shows nothing\n",
+          "\n[ 3/6] InvertQVR  FAILED: project/examples/InvertQVR.bas:3:9: Picture has no TurnQVR\n",
+          "\n[ 4/6] NoSuchQVR  FAILED: cannot read project/examples/NoSuchQVR.bas: No such file or "
+          "directory\n",
+          "\n[ 5/6] ScrollQVR  FAILED: project/examples/ScrollQVR.bas never calls ScrollQVR\n",
+          "\n[ 6/6] isWhiteQVR  FAILED: project/examples/isWhiteQVR.bas does not begin with \"' Shows:\"\n",
+          "\nNot shown: Class PictureSepiaQVR\n", "\nShown: 1 of "})
+        EXPECT_THAT(result.errors, HasSubstr(line));
+    EXPECT_THAT(result.errors, EndsWith("\npictureqvr: 5 of 6 examples failed\n"));
+    EXPECT_THAT(page(), HasSubstr("<pre class=\"printed\">4\n</pre>"));
+    EXPECT_THAT(page(), HasSubstr("project/examples/InvertQVR.bas:3:9: Picture has no TurnQVR"));
+}
+
+TEST_P(Demo, NeedsItsFiles)
+{
+    const auto expectRefusal = [&](const std::string& arguments, const std::string& message) {
+        const Outcome refused = run("demo --out page " + arguments);
+        EXPECT_EQ(refused.code, failure) << arguments;
+        EXPECT_THAT(refused.errors, EndsWith("pictureqvr: " + message + "\n"));
+    };
+    expectRefusal("--photo missing.jpg", "cannot read missing.jpg: No such file or directory");
+    expectRefusal("--photo photo.tga --sound missing.wav",
+                  "cannot read missing.wav: No such file or directory");
+    expectRefusal("--photo photo.tga --sound sound.wav --source .",
+                  "cannot read ./docs/reference/index.md: No such file or directory");
+    write("photo.tga", tga(2, 2, photo));
+    expectRefusal("--photo photo.tga", "photo.tga: the demo needs a photograph of at least 64 x 64 pixels");
 }
 
 } // namespace

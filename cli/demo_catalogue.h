@@ -1,0 +1,34 @@
+/// \file
+/// What the demo shows: the examples, in the families and the order of the reference.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace cli
+{
+
+struct Family
+{
+    std::string title;
+    std::vector<std::string> names; ///< of methods and classes
+};
+
+/// The families in the reference's table of contents: rows such as "| [Masks](masks.md) | `HasMaskQVR` |".
+/// Throws standin::Error where there are none.
+std::vector<Family> familiesIn(const std::filesystem::path& tableOfContents);
+
+/// The program of a method or class, as readers are shown it.
+struct Example
+{
+    std::string file;
+    std::string text;
+    std::string shows; ///< what its first line says
+    std::string code;  ///< without that line, and without those that say what is printed
+};
+
+/// Throws standin::Error for a file that cannot be read, or does not say what it shows.
+Example readExample(const std::filesystem::path& file);
+
+} // namespace cli
