@@ -9,6 +9,10 @@ target_include_directories(build_info INTERFACE ${PROJECT_BINARY_DIR}/generated)
 # Half of the time that a small file takes to compile is spent on the standard library's headers.
 set(STANDARD_HEADERS <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <filesystem> <functional> <limits> <map>
     <memory> <optional> <set> <span> <sstream> <string> <string_view> <utility> <variant> <vector>)
+# Fuzzers look for new paths through what is tested, not through what it is compared with.
+if(PICTUREQVR_SANITIZE)
+    set(UNSEEN_BY_FUZZERS -fno-sanitize=fuzzer-no-link)
+endif()
 # For what is waited for more often than it runs.
 set(COMPILED_QUICKLY -O0)
 # Nothing in an object is to depend on when and in which folder its precompiled header was made.
