@@ -35,8 +35,9 @@ Colour averageOf(const Image& image)
     for (std::size_t index = 0; index + 2 < image.bytes.size(); index += channels)
         for (std::size_t channel = 0; channel < sum.size(); ++channel)
             sum[channel] += image.bytes[index + channel];
+    const std::size_t pixels = image.bytes.size() / channels;
     for (double& channel : sum)
-        channel /= static_cast<double>(image.bytes.size() / channels);
+        channel /= static_cast<double>(pixels);
     return sum;
 }
 

@@ -14,8 +14,8 @@ constexpr int levels = 256;
 constexpr int lastLevel = levels - 1;
 
 // Where the curves lie in the drawing.
-constexpr int width = 400;
-constexpr int height = 240;
+constexpr int drawingWidth = 400;
+constexpr int drawingHeight = 240;
 constexpr int left = 62;
 constexpr int right = 388;
 constexpr int top = 30;
@@ -100,7 +100,7 @@ std::string histogramSvg(const Counters& counters)
         highest = std::max(highest, *std::max_element(counts.begin() + 1, counts.end() - 1));
     std::ostringstream svg;
     svg.precision(4);
-    svg << "<svg class=\"histogram\" viewBox=\"0 0 " << width << ' ' << height
+    svg << "<svg class=\"histogram\" viewBox=\"0 0 " << drawingWidth << ' ' << drawingHeight
         << "\" role=\"img\" aria-label=\"Histogram of the levels 0 to 255: ";
     for (std::size_t index = 0; index < curves.size(); ++index)
         svg << (index == 0 ? "" : "; ") << inWords(index, counters);
