@@ -1,4 +1,4 @@
-#include "cli/apply.h"
+#include "cli/commands.h"
 
 #include "host/file.h"
 #include "host/names.h"
@@ -20,6 +20,38 @@ using standin::Value;
 
 namespace
 {
+
+constexpr const char* applyExamples = R"(
+CALL is one call, or one assignment, of the host's language (docs/language.md), in which @FILE stands for a file as
+whatever is declared there: an image as picture, a sound (.wav, PCM) or raw bytes as memoryblock, bytes as string.
+FILES are the picture that the method belongs to, which CALL can name "photo" (none for global methods), and what the call
+names as @1, @2 ...; one more is the output: the resulting picture or string, or the picture itself as the call has left
+it. Booleans, numbers and byref variables are printed.
+
+Examples:
+  pictureqvr apply 'InvertQVR(10, 10, 200, 100)' photo.jpg out.png
+  pictureqvr apply 'InvertQVR.ChangeContrastQVR(0.3)' photo.jpg out.png
+  pictureqvr apply 'ReplaceRedChannelQVR(@2)' photo.jpg other.jpg out.png
+  pictureqvr apply 'ReplaceRedChannelQVR(photo.InvertQVR)' photo.jpg out.png
+  pictureqvr apply 'MergePictureQVR(@1, @2)' one.png two.png out.png
+  pictureqvr apply 'FindPictureQVR(@crop.png, x, y)' photo.png
+  pictureqvr apply 'CountColorsQVR(red, blue, green, count)' photo.jpg --save red=red.dat
+  pictureqvr apply 'EmbeddedMaskQVR(false) = @mask.png' photo.jpg out.png --alpha
+  pictureqvr apply 'ScrollQVR(100, 50, true, false)' photo.jpg out.png
+  pictureqvr apply 'RenderSamplesQVR(@sound.wav, 0, 1, 800, 300, 1, &c88B5C4, &c274C5A, &c203F4E, 15)' wave.png
+)";
+
+/// What a user asks for with `pictureqvr apply`.
+struct ApplyRequest
+{
+    std::string call;
+    /// The receiver of Picture methods, what the call names as @1, @2 ..., and behind them, if anywhere, the
+    /// output.
+    std::vector<std::string> files;
+    std::string mask;               ///< file that becomes the receiver's mask; empty: none
+    std::vector<std::string> saves; ///< "NAME=FILE": where the byref memory block NAME goes
+    bool alpha = false;             ///< save the alpha byte too
+};
 
 /// What calls name the picture that they are made on.
 constexpr const char* receiverName = "photo";
@@ -65,11 +97,6 @@ struct Files
     }
 };
 
-void save(const standin::Picture& picture, const std::string& path, bool alpha)
-{
-    media::writeImage(path, script::imageOf(picture, alpha));
-}
-
 void printVariables(const CallOutcome& outcome, std::vector<std::string> saves)
 {
     for (const script::NamedValue& variable : outcome.variables)
@@ -99,14 +126,14 @@ void deliver(const CallOutcome& outcome, const standin::Picture& receiver, const
     if (makesFile && outcome.result.isNil())
         throw Error(outcome.name + " gave nil");
     if (outcome.type == Type::Picture)
-        return save(outcome.result.picture(), files.output, alpha);
+        return media::writeImage(files.output, script::imageOf(outcome.result.picture(), alpha));
     if (outcome.type == Type::String)
         return standin::writeFile(files.output, script::bytesOf(outcome.result.string().bytes()));
     if (outcome.type != Type::Nothing)
         std::cout << outcome.result.describe() << "\n";
     // A method without a picture to give may have changed its own.
     if (!files.output.empty() && !receiver.isNil())
-        save(receiver, files.output, alpha);
+        media::writeImage(files.output, script::imageOf(receiver, alpha));
 }
 
 /// What is known of a call before it is made.
@@ -164,8 +191,6 @@ private:
     }
 };
 
-} // namespace
-
 void apply(const HostChoice& choice, const ApplyRequest& request)
 {
     const script::Program call = script::parseCall(request.call);
@@ -207,38 +232,22 @@ void apply(const HostChoice& choice, const ApplyRequest& request)
     printVariables(outcome, request.saves);
 }
 
-void filter(const HostChoice& choice, const FilterRequest& request)
-{
-    media::checkImageName(request.output);
-    standin::Host host(choice.options());
-    if (host.registered().findClass(request.className) == nullptr)
-        throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");
-    standin::Instance instance = host.newInstance(request.className);
-    script::CallContext context{"filter", instance, [&](const std::string& name, Type type) {
-                                    return script::loadFile(host, name, type, choice.storage);
-                                }};
-    script::Environment environment;
-    environment.storage = choice.storage;
-    for (const std::string& setting : request.settings)
-    {
-        const script::Program program = script::parseCall(setting);
-        if (!std::holds_alternative<script::Assignment>(program.block.front().node))
-            throw Error("\"" + setting + "\" needs a value: " + setting + "=VALUE");
-        script::call(program, host, environment, context);
-    }
-    instance.set("SourcePicture", script::loadPicture(host, request.input, choice.storage));
+} // namespace
 
-    if (standin::methodsNamed(instance.definition().methods, "Run").empty())
-        throw Error(request.className + " has no method Run");
-    if (!script::call(script::parseCall("Run"), host, environment, context).result.boolean())
-        throw Error(request.className + ".Run gave false");
-    const standin::Picture result = instance.get("DestinationPicture").picture();
-    if (result.isNil())
-        throw Error(request.className + ".DestinationPicture is nil");
-    save(result, request.output, request.alpha);
-    context = {};
-    instance = {};
-    checkLedger(host);
+void addApply(CLI::App& app, const HostChoice& choice)
+{
+    const auto request = std::make_shared<ApplyRequest>();
+    CLI::App& command = *app.add_subcommand("apply", "Call methods on picture files");
+    command.footer(applyExamples);
+    command.add_option("CALL", request->call, "The call, such as 'InvertQVR(10, 10, 200, 100)'")
+        ->required()
+        ->type_name("");
+    command.add_option("FILES", request->files, "Input files, then the output file")->type_name("");
+    addRepeatable(command, "--save", request->saves, "NAME=FILE",
+                  "Write the byref memory block NAME to FILE");
+    command.add_option("--mask", request->mask, "Give the picture a mask before the call")->type_name("FILE");
+    command.add_flag("--alpha", request->alpha, "Save the alpha bytes too (default: opaque)");
+    command.callback([request, &choice] { apply(choice, *request); });
 }
 
 } // namespace cli

@@ -1,5 +1,4 @@
-#include "cli/demo.h"
-
+#include "cli/commands.h"
 #include "cli/demo_catalogue.h"
 #include "cli/demo_page.h"
 #include "cli/demo_run.h"
@@ -15,6 +14,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "build_info.h"
+
 namespace cli
 {
 
@@ -24,22 +25,18 @@ using standin::Error;
 namespace
 {
 
+/// What a user asks for with `pictureqvr demo`.
+struct DemoRequest
+{
+    std::string photo = "/usr/share/backgrounds/mate/nature/LadyBird.jpg";
+    std::string sound = "/usr/share/sounds/alsa/Front_Center.wav";
+    std::string source = build::sourceDirectory; ///< where examples/ and docs/reference/index.md are
+    std::string folder;
+};
+
 constexpr int largestWidth = 800;
 
 using Colour = std::array<double, 3>;
-
-Colour averageOf(const Image& image)
-{
-    Colour sum{};
-    const auto channels = static_cast<std::size_t>(image.channels);
-    for (std::size_t index = 0; index + 2 < image.bytes.size(); index += channels)
-        for (std::size_t channel = 0; channel < sum.size(); ++channel)
-            sum[channel] += image.bytes[index + channel];
-    const std::size_t pixels = image.bytes.size() / channels;
-    for (double& channel : sum)
-        channel /= static_cast<double>(pixels);
-    return sum;
-}
 
 /// As bright as the eye finds it.
 double brightnessOf(const Colour& colour)
@@ -61,29 +58,6 @@ std::string inWords(const Colour& colour, const Colour& photo)
         text << (std::abs(difference) < much ? "a little " : "much ")
              << (difference > 0 ? "lighter" : "darker") << " than";
     return text.str() + " the photograph";
-}
-
-/// An image with alpha as it looks over a chequered ground.
-Image overChequers(const Image& image)
-{
-    constexpr int fieldsAcross = 40;
-    constexpr int opaque = 255;
-    constexpr int dark = 200;
-    constexpr int light = 235;
-    const int field = std::max(1, image.width / fieldsAcross);
-    Image result{image.width, image.height, 3, {}};
-    result.bytes.reserve(image.bytes.size());
-    const std::uint8_t* pixel = image.bytes.data();
-    for (int y = 0; y < image.height; ++y)
-        for (int x = 0; x < image.width; ++x, pixel += image.channels)
-            for (int channel = 0; channel < result.channels; ++channel)
-            {
-                const int ground = (x / field + y / field) % 2 == 0 ? dark : light;
-                const int alpha = pixel[3];
-                result.bytes.push_back(
-                    static_cast<std::uint8_t>((pixel[channel] * alpha + ground * (opaque - alpha)) / opaque));
-            }
-    return result;
 }
 
 class Demo
@@ -182,14 +156,14 @@ private:
     /// Saves a picture so that it can be shown: as it is while it is small, else scaled down.
     Shown shown(const std::string& name, const Image& image, const std::string& stem)
     {
-        const Image flat = image.channels == 4 ? overChequers(image) : image;
+        const Image flat = image.channels == 4 ? media::overChequers(image) : image;
         const bool large = image.width > largestWidth;
         const int width = std::min(image.width, largestWidth);
         const auto height = std::max(1, static_cast<int>(std::int64_t{image.height} * width / image.width));
         const Image copy = media::scaled(flat, width, height);
         const std::string file = stem + (large ? ".jpg" : ".png");
         media::writeImage((folder / file).string(), copy);
-        const Colour average = averageOf(copy);
+        const Colour average = media::averageOf(copy);
         if (!photoAverage)
             photoAverage = average;
         return {file, width, height, image.width, image.height, name, inWords(average, *photoAverage)};
@@ -251,9 +225,22 @@ private:
 
 } // namespace
 
-void demo(const HostChoice& choice, const DemoRequest& request)
+void addDemo(CLI::App& app, const HostChoice& choice)
 {
-    Demo(choice, request).run();
+    const auto request = std::make_shared<DemoRequest>();
+    CLI::App& command =
+        *app.add_subcommand("demo", "Run every example on a photograph and write a page of the results");
+    command.add_option("--photo", request->photo, "The photograph")->type_name("FILE")->capture_default_str();
+    command.add_option("--sound", request->sound, "The sound (.wav, 16-bit PCM)")
+        ->type_name("FILE")
+        ->capture_default_str();
+    command
+        .add_option(
+            "--source", request->source,
+            "The project, with examples/ and docs/reference/index.md (default: the one this was built of)")
+        ->type_name("DIR");
+    command.add_option("--out", request->folder, "Folder that gets index.html")->type_name("DIR")->required();
+    command.callback([request, &choice] { Demo(choice, *request).run(); });
 }
 
 } // namespace cli

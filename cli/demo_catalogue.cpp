@@ -14,12 +14,6 @@ using standin::Error;
 namespace
 {
 
-std::string contentsOf(const std::filesystem::path& file)
-{
-    const std::vector<std::uint8_t> bytes = standin::readFile(file);
-    return {bytes.begin(), bytes.end()};
-}
-
 /// What stands between the next two marks; `text` goes on behind them. Empty where there is nothing more.
 std::string_view takeBetween(std::string_view& text, std::string_view opening, std::string_view closing)
 {
@@ -44,7 +38,7 @@ std::string trimmed(const std::string& text, const char* unwanted)
 std::vector<Family> familiesIn(const std::filesystem::path& tableOfContents)
 {
     std::vector<Family> families;
-    std::istringstream lines{contentsOf(tableOfContents)};
+    std::istringstream lines{standin::readText(tableOfContents)};
     for (std::string line; std::getline(lines, line);)
     {
         if (!line.starts_with("| ["))
@@ -65,7 +59,7 @@ Example readExample(const std::filesystem::path& file)
 {
     const std::string_view shows = "' Shows:";
     const std::string_view prints = "' Prints:";
-    Example example{file.string(), contentsOf(file), {}, {}};
+    Example example{file.string(), standin::readText(file), {}, {}};
     std::istringstream lines{example.text};
     std::string line;
     std::getline(lines, line);

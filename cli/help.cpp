@@ -1,4 +1,4 @@
-#include "cli/help.h"
+#include "cli/commands.h"
 
 #include <algorithm>
 #include <iostream>
@@ -282,8 +282,6 @@ std::optional<std::string> registeredName(const standin::Registered& registered,
     return definition == nullptr ? std::nullopt : std::optional(definition->name);
 }
 
-} // namespace
-
 void help(const standin::Host& host, const std::string& name)
 {
     const std::optional<std::string> known = registeredName(host.registered(), name);
@@ -296,6 +294,16 @@ void help(const standin::Host& host, const std::string& name)
                 return;
             }
     throw standin::Error("there is no method or class " + name + "; \"pictureqvr list\" shows all");
+}
+
+} // namespace
+
+void addHelp(CLI::App& app, const HostChoice& choice)
+{
+    const auto name = std::make_shared<std::string>();
+    CLI::App& command = *app.add_subcommand("help", "Explain a method or a class");
+    command.add_option("NAME", *name, "Its name, such as InvertQVR")->required()->type_name("");
+    command.callback([name, &choice] { help(standin::Host(choice.options()), *name); });
 }
 
 } // namespace cli

@@ -1,6 +1,4 @@
-#include "cli/list.h"
-
-#include "host/host.h"
+#include "cli/commands.h"
 
 #include <nlohmann/json.hpp>
 
@@ -130,8 +128,6 @@ ordered_json jsonOf(const standin::RegisteredClass& definition)
             {"methods", jsonOf(definition.methods)}};
 }
 
-} // namespace
-
 void list(const standin::Host& host, bool json)
 {
     const standin::Registered& registered = host.registered();
@@ -143,6 +139,16 @@ void list(const standin::Host& host, bool json)
                               {"globals", jsonOf(registered.globals)}}
                      .dump(indent)
               << "\n";
+}
+
+} // namespace
+
+void addList(CLI::App& app, const HostChoice& choice)
+{
+    const auto json = std::make_shared<bool>(false);
+    CLI::App& command = *app.add_subcommand("list", "List everything that the plug-in registers");
+    command.add_flag("--json", *json, "As JSON");
+    command.callback([json, &choice] { list(standin::Host(choice.options()), *json); });
 }
 
 } // namespace cli

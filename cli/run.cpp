@@ -1,4 +1,4 @@
-#include "cli/run.h"
+#include "cli/commands.h"
 
 #include "host/file.h"
 #include "script/interpreter.h"
@@ -13,6 +13,24 @@ namespace cli
 namespace
 {
 
+constexpr const char* runExamples = R"(
+The program is written in the host's language, of which docs/language.md tells what there is. It finds its files in the
+current folder; ARGUMENTS are what args(1), args(2) ... give. What goes wrong is told as FILE:LINE:COLUMN: MESSAGE.
+
+Examples:
+  pictureqvr run examples/InvertQVR.bas
+  pictureqvr run examples/InvertQVR.bas --file photo.jpg=holiday/beach.jpg
+)";
+
+/// What a user asks for with `pictureqvr run`.
+struct RunRequest
+{
+    std::string program; ///< its file
+    std::vector<std::string> arguments;
+    std::vector<std::string> files; ///< "NAME=PATH": where the file lies that the program calls NAME
+    std::uint64_t steps = 0;        ///< after which it is stopped; 0: never
+};
+
 std::map<std::string, std::string> placesOf(const std::vector<std::string>& files)
 {
     std::map<std::string, std::string> places;
@@ -26,14 +44,10 @@ std::map<std::string, std::string> placesOf(const std::vector<std::string>& file
     return places;
 }
 
-} // namespace
-
 void run(const HostChoice& choice, const RunRequest& request)
 {
-    const std::vector<std::uint8_t> file = standin::readFile(request.program);
     const std::map<std::string, std::string> places = placesOf(request.files);
-    const script::Program program =
-        script::parseProgram({reinterpret_cast<const char*>(file.data()), file.size()}, request.program);
+    const script::Program program = script::parseProgram(standin::readText(request.program), request.program);
 
     script::Environment environment;
     environment.path = [&places](const std::string& name) {
@@ -49,6 +63,24 @@ void run(const HostChoice& choice, const RunRequest& request)
     standin::Host host(choice.options());
     script::run(program, host, environment);
     checkLedger(host);
+}
+
+} // namespace
+
+void addRun(CLI::App& app, const HostChoice& choice)
+{
+    const auto request = std::make_shared<RunRequest>();
+    CLI::App& command = *app.add_subcommand("run", "Run a program of the host's language");
+    command.footer(runExamples);
+    command.add_option("FILE", request->program, "The program")->required()->type_name("");
+    command.add_option("ARGUMENTS", request->arguments, "What the program is started with")->type_name("");
+    addRepeatable(command, "--file", request->files, "NAME=PATH",
+                  "The file that the program calls NAME lies at PATH");
+    command
+        .add_option("--steps", request->steps,
+                    "Stop after so many statements and rounds of loops (default: never)")
+        ->type_name("NUMBER");
+    command.callback([request, &choice] { run(choice, *request); });
 }
 
 } // namespace cli

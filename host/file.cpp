@@ -39,6 +39,12 @@ std::vector<std::uint8_t> readFile(const std::string& path)
     return bytes;
 }
 
+std::string readText(const std::string& path)
+{
+    const std::vector<std::uint8_t> bytes = readFile(path);
+    return {bytes.begin(), bytes.end()};
+}
+
 void writeFile(const std::string& path, std::span<const std::uint8_t> bytes)
 {
     errno = 0;

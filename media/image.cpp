@@ -147,4 +147,39 @@ Image scaled(const Image& image, int width, int height)
     return result;
 }
 
+std::array<double, 3> averageOf(const Image& image)
+{
+    std::array<double, 3> sum{};
+    const auto channels = static_cast<std::size_t>(image.channels);
+    for (std::size_t index = 0; index + 2 < image.bytes.size(); index += channels)
+        for (std::size_t channel = 0; channel < sum.size(); ++channel)
+            sum[channel] += image.bytes[index + channel];
+    const std::size_t pixels = image.bytes.size() / channels;
+    for (double& channel : sum)
+        channel /= static_cast<double>(pixels);
+    return sum;
+}
+
+Image overChequers(const Image& image)
+{
+    constexpr int fieldsAcross = 40;
+    constexpr int opaque = 255;
+    constexpr int dark = 200;
+    constexpr int light = 235;
+    const int field = std::max(1, image.width / fieldsAcross);
+    Image result{image.width, image.height, 3, {}};
+    result.bytes.reserve(image.bytes.size());
+    const std::uint8_t* pixel = image.bytes.data();
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x, pixel += image.channels)
+            for (int channel = 0; channel < result.channels; ++channel)
+            {
+                const int ground = (x / field + y / field) % 2 == 0 ? dark : light;
+                const int alpha = pixel[3];
+                result.bytes.push_back(
+                    static_cast<std::uint8_t>((pixel[channel] * alpha + ground * (opaque - alpha)) / opaque));
+            }
+    return result;
+}
+
 } // namespace media

@@ -3,6 +3,7 @@
 /// understood or written.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -41,5 +42,11 @@ void writePng(const std::string& path, int width, int height, std::span<const st
 
 /// The image in another size.
 Image scaled(const Image& image, int width, int height);
+
+/// The average of each colour over all pixels.
+std::array<double, 3> averageOf(const Image& image);
+
+/// An image with alpha as it looks over a chequered ground, with three channels.
+Image overChequers(const Image& image);
 
 } // namespace media

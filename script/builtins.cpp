@@ -37,6 +37,15 @@ void expectCount(std::string_view name, const Values& arguments, std::size_t lea
                 std::string(name) + " was given " + std::to_string(arguments.size()));
 }
 
+/// The entry of a table, or null.
+template <class Table>
+const typename Table::value_type* findNamed(const Table& table, std::string_view name)
+{
+    const auto found = std::find_if(table.begin(), table.end(),
+                                    [name](const auto& entry) { return sameName(entry.name, name); });
+    return found == table.end() ? nullptr : &*found;
+}
+
 // Files
 
 /// FolderItems and plain texts name files.
@@ -226,8 +235,7 @@ Value openSamples(const Services& services, const Values& arguments)
 
 Value openBytes(const Services& services, const Values& arguments)
 {
-    const std::vector<std::uint8_t> bytes = standin::readFile(pathOf(services, arguments[0]));
-    return services.host.newString({bytes.begin(), bytes.end()}, standin::encodingNone);
+    return services.host.newString(standin::readText(pathOf(services, arguments[0])), standin::encodingNone);
 }
 
 Value argument(const Services& services, const Values& arguments)
@@ -278,14 +286,6 @@ constexpr std::array<Function, 25> functions{{
     {"Val", 1, 1, val},
 }};
 
-const Function* findFunction(std::string_view name)
-{
-    const auto* const found = std::find_if(functions.begin(), functions.end(), [name](const Function& entry) {
-        return sameName(entry.name, name);
-    });
-    return found == functions.end() ? nullptr : found;
-}
-
 // Memory blocks
 
 struct BlockAccess
@@ -333,14 +333,6 @@ constexpr std::array<BlockAccess, 9> blockAccesses{
     accessTo<std::uint32_t>("UInt32Value"), accessTo<float>("SingleValue"),
     accessTo<double>("DoubleValue")};
 
-const BlockAccess* findAccess(std::string_view name)
-{
-    const auto* const found =
-        std::find_if(blockAccesses.begin(), blockAccesses.end(),
-                     [name](const BlockAccess& entry) { return sameName(entry.name, name); });
-    return found == blockAccesses.end() ? nullptr : found;
-}
-
 /// The bytes of an entry, which lie within the block.
 std::span<std::uint8_t> entryOf(MemoryBlock block, std::int32_t offset, std::int32_t size)
 {
@@ -364,7 +356,7 @@ std::optional<Value> blockMember(const Services& services, const MemoryBlock& bl
         const auto bytes = entryOf(block, integerOf(arguments[0]), integerOf(arguments[1]));
         return services.host.newString({bytes.begin(), bytes.end()}, standin::encodingNone);
     }
-    const BlockAccess* access = findAccess(name);
+    const BlockAccess* access = findNamed(blockAccesses, name);
     if (access == nullptr)
         return std::nullopt;
     expectCount(access->name, arguments, 1, 1);
@@ -373,32 +365,46 @@ std::optional<Value> blockMember(const Services& services, const MemoryBlock& bl
 
 // Pictures
 
+Value save(const Services& services, const Picture& picture, const Values& arguments)
+{
+    savePicture(services, picture, arguments);
+    return nullptr;
+}
+
+Value maskOf(const Services&, const Picture& picture, const Values&)
+{
+    const Picture mask = picture.mask();
+    return mask.isNil() ? Value(nullptr) : Value(mask);
+}
+
+struct PictureMember
+{
+    std::string_view name;
+    std::size_t least;
+    std::size_t most;
+    Value (*get)(const Services& services, const Picture& picture, const Values& arguments);
+};
+
+constexpr std::array<PictureMember, 6> pictureMembers{{
+    {"Depth", 0, 0, [](const Services&, const Picture&, const Values&) -> Value { return 32; }},
+    {"Height", 0, 0,
+     [](const Services&, const Picture& picture, const Values&) -> Value { return picture.height(); }},
+    {"Mask", 0, 0, maskOf},
+    {"RGBSurface", 0, 0,
+     [](const Services&, const Picture& picture, const Values&) -> Value { return Surface{picture}; }},
+    {"Save", 1, 2, save},
+    {"Width", 0, 0,
+     [](const Services&, const Picture& picture, const Values&) -> Value { return picture.width(); }},
+}};
+
 std::optional<Value> pictureMember(const Services& services, const Picture& picture, std::string_view name,
                                    const Values& arguments)
 {
-    if (sameName(name, "Save"))
-    {
-        expectCount("Save", arguments, 1, 2);
-        savePicture(services, picture, arguments);
-        return nullptr;
-    }
-    std::optional<Value> result;
-    if (sameName(name, "Width"))
-        result = picture.width();
-    else if (sameName(name, "Height"))
-        result = picture.height();
-    else if (sameName(name, "Depth"))
-        result = 32;
-    else if (sameName(name, "RGBSurface"))
-        result = Surface{picture};
-    else if (sameName(name, "Mask"))
-    {
-        const Picture mask = picture.mask();
-        result = mask.isNil() ? Value(nullptr) : Value(mask);
-    }
-    if (result)
-        expectCount(name, arguments, 0, 0);
-    return result;
+    const PictureMember* found = findNamed(pictureMembers, name);
+    if (found == nullptr)
+        return std::nullopt;
+    expectCount(found->name, arguments, found->least, found->most);
+    return found->get(services, picture, arguments);
 }
 
 struct Spot
@@ -455,16 +461,21 @@ std::optional<Value> colourMember(Colour colour, std::string_view name)
 
 bool isFunction(std::string_view name)
 {
-    return findFunction(name) != nullptr;
+    return findNamed(functions, name) != nullptr;
 }
 
 Value callFunction(const Services& services, std::string_view name, const Values& arguments)
 {
-    const Function* function = findFunction(name);
+    const Function* function = findNamed(functions, name);
     if (function == nullptr)
         throw Error("there is no function " + std::string(name));
     expectCount(function->name, arguments, function->least, function->most);
     return function->call(services, arguments);
+}
+
+bool isOwnPictureMember(std::string_view name)
+{
+    return findNamed(pictureMembers, name) != nullptr;
 }
 
 bool hasClassMembers(std::string_view className)
@@ -560,7 +571,7 @@ bool assignMember(const Services&, const Value& object, std::string_view name, c
         return true;
     }
     if (const auto* block = std::get_if<MemoryBlock>(&object))
-        if (const BlockAccess* access = findAccess(name))
+        if (const BlockAccess* access = findNamed(blockAccesses, name))
         {
             expectCount(access->name, arguments, 1, 1);
             access->write(entryOf(*block, integerOf(arguments[0]), access->size).data(), value);

@@ -25,6 +25,9 @@ struct Services
 bool isFunction(std::string_view name);
 Value callFunction(const Services& services, std::string_view name, const Values& arguments);
 
+/// What pictures have without the plug-in.
+bool isOwnPictureMember(std::string_view name);
+
 /// "Picture.Open" and the like.
 Value classMember(const Services& services, std::string_view className, std::string_view member,
                   const Values& arguments);

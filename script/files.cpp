@@ -95,10 +95,7 @@ standin::Value loadFile(standin::Host& host, const std::string& path, standin::T
     case standin::Type::MemoryBlock:
         return loadBlock(host, path);
     default:
-    {
-        const std::vector<std::uint8_t> file = standin::readFile(path);
-        return host.newString({file.begin(), file.end()}, standin::encodingNone);
-    }
+        return host.newString(standin::readText(path), standin::encodingNone);
     }
 }
 

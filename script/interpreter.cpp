@@ -792,10 +792,7 @@ CallOutcome call(const Program& program, standin::Host& host, const Environment&
 
 bool isPictureMember(const standin::Registered& registered, const std::string& name)
 {
-    constexpr std::string_view own[] = {"Depth", "Height", "Mask", "RGBSurface", "Save", "Width"};
-    return !registered.pictureMethods(name).empty() ||
-           std::any_of(std::begin(own), std::end(own),
-                       [&](std::string_view known) { return sameName(known, name); });
+    return !registered.pictureMethods(name).empty() || isOwnPictureMember(name);
 }
 
 } // namespace script

@@ -1,6 +1,6 @@
 // The program as its users meet it: what it prints, what it writes, and how it ends.
 #include "media/image.h"
-#include "tests/support/test_host.h"
+#include "tests/support/program.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -8,16 +8,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 #include "build_info.h"
@@ -30,23 +25,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-constexpr int success = 0;
-constexpr int failure = 1;
-constexpr int usage = 2;
-
-std::string contentsOf(const fs::path& path)
-{
-    std::ifstream file{path, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
-}
-
-struct Outcome
-{
-    int code = -1;
-    std::string output;
-    std::string errors;
-};
 
 std::string bigEndian(std::uint32_t number)
 {
@@ -86,59 +64,12 @@ std::string tga(int width, int height, const std::vector<Rgb>& pixels)
     return bytes;
 }
 
-class Cli : public ArtefactTest
+class Cli : public ProgramTest
 {
 protected:
-    Cli() : folder(fs::temp_directory_path() / ("pictureqvr-cli-" + std::to_string(getpid())))
-    {
-        fs::create_directories(folder);
-    }
-    ~Cli() override
-    {
-        fs::remove_all(folder);
-    }
-    Cli(const Cli&) = delete;
-    Cli& operator=(const Cli&) = delete;
-
     void SetUp() override
     {
         write("photo.tga", tga(2, 2, photo));
-    }
-
-    void write(const std::string& name, const std::string& contents) const
-    {
-        std::ofstream{folder / name, std::ios::binary} << contents;
-    }
-
-    /// Runs the program in the test's folder.
-    Outcome run(const std::string& arguments) const
-    {
-        const fs::path program = fs::path{build::sharedObject}.parent_path() / "pictureqvr";
-        const std::string command = "cd " + folder.string() +
-                                    " && PICTUREQVR_PLUGIN=" + hostSetup(artefact()).options.plugin + " " +
-                                    program.string() + " " + arguments + " >stdout 2>stderr";
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentsOf(folder / "stdout"),
-                contentsOf(folder / "stderr")};
-    }
-
-    void expectSuccess(const std::string& arguments, const std::string& output = "") const
-    {
-        const Outcome result = run(arguments);
-        EXPECT_EQ(result.code, success) << arguments;
-        EXPECT_EQ(result.output, output) << arguments;
-        EXPECT_EQ(result.errors, "") << arguments;
-    }
-
-    /// Exactly one line on stderr, and nothing printed.
-    void expectFailure(const std::string& arguments, const std::string& message, int code = failure) const
-    {
-        const Outcome result = run(arguments);
-        EXPECT_EQ(result.code, code) << arguments;
-        EXPECT_EQ(result.output, "") << arguments;
-        EXPECT_THAT(result.errors, StartsWith("pictureqvr: ")) << arguments;
-        EXPECT_THAT(result.errors, HasSubstr(message)) << arguments;
-        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
     }
 
     /// Compares an image file's pixels, as the plug-in itself packs them.
@@ -148,7 +79,6 @@ protected:
         EXPECT_EQ(contentsOf(folder / "packed.bin"), binaryString(width, height, pixels)) << file;
     }
 
-    const fs::path folder;
     const std::vector<Rgb> photo{{10, 20, 30}, {200, 100, 50}, {0, 0, 0}, {255, 255, 255}};
     const std::vector<Rgb> negative{{245, 235, 225}, {55, 155, 205}, {255, 255, 255}, {0, 0, 0}};
 };

@@ -319,9 +319,7 @@ TEST_P(Registration, TheReadmeCountsWhatIsRegistered)
 {
     const TestHost host{hostSetup(artefact())};
     const standin::Registered& registered = host.registered();
-    const std::vector<std::uint8_t> readme =
-        standin::readFile(std::string(build::sourceDirectory) + "/README.md");
-    std::string text{readme.begin(), readme.end()};
+    std::string text = standin::readText(std::string(build::sourceDirectory) + "/README.md");
     std::replace(text.begin(), text.end(), '\n', ' ');
     const std::string counts = std::to_string(registered.extensions.at(0).methods.size()) +
                                " methods to the class `Picture`, " +

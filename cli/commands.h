@@ -1,0 +1,41 @@
+/// \file
+/// The commands. Each function declares one with its options; it runs when the whole line is understood, and
+/// throws standin::Error or script::Failure, with one clear line, for whatever goes wrong then.
+#pragma once
+
+#include "cli/host_choice.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace cli
+{
+
+/// Makes calls on picture files.
+void addApply(CLI::App& app, const HostChoice& choice);
+/// Runs one of the filter classes on picture files.
+void addFilter(CLI::App& app, const HostChoice& choice);
+/// Runs a program of the host's language.
+void addRun(CLI::App& app, const HostChoice& choice);
+/// Prints everything that the plug-in has registered: as a user would declare it, or as JSON.
+void addList(CLI::App& app, const HostChoice& choice);
+/// Prints what docs/reference says of a method or a class, its declarations and its example.
+void addHelp(CLI::App& app, const HostChoice& choice);
+/// Runs the examples and writes index.html with their pictures into a folder, which is made if need be. Tells
+/// on stderr how far it is.
+void addDemo(CLI::App& app, const HostChoice& choice);
+
+/// An option that can be given several times.
+inline CLI::Option& addRepeatable(CLI::App& command, const std::string& name,
+                                  std::vector<std::string>& values, const std::string& valueName,
+                                  const std::string& description)
+{
+    return *command.add_option(name, values, description + "; can be repeated")
+                ->expected(1)
+                ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                ->type_name(valueName);
+}
+
+} // namespace cli
