@@ -34,8 +34,7 @@ struct Example
 
 Example exampleIn(const fs::path& file)
 {
-    const std::vector<std::uint8_t> bytes = standin::readFile(file);
-    Example example{file.stem(), {bytes.begin(), bytes.end()}, {}};
+    Example example{file.stem(), standin::readText(file), {}};
     const std::string mark = "' Prints: ";
     std::istringstream lines{example.text};
     for (std::string line; std::getline(lines, line);)
@@ -181,7 +180,36 @@ protected:
         std::set<std::string> called; ///< names of methods, and of classes whose methods are
         int checks = 0;               ///< calls that were compared
         bool watched = false;         ///< whether they are to be
+        /// What the references have found right: results of calls, and what calls have changed.
+        std::vector<reference::Picture> right;
+        std::set<std::string> notRight; ///< files with a picture that is none of these
     };
+
+    /// Keeps the pictures that a call has given or changed.
+    static void keepRight(const script::PluginCall& call, const Value& result, Run& run)
+    {
+        const auto keep = [&run](const standin::Picture& picture) {
+            if (!picture.isNil())
+                run.right.push_back(reference::opaque(reference::download(picture)));
+        };
+        keep(call.picture);
+        if (std::holds_alternative<standin::Picture>(result.held()))
+            keep(result.picture());
+        if (!call.instance.isNil() && call.method.declaration.name == "Run")
+            keep(call.instance.get("DestinationPicture").picture());
+    }
+
+    static bool isRight(const media::Image& image, const Run& run)
+    {
+        reference::Picture saved(image.width, image.height);
+        const auto channels = static_cast<std::size_t>(image.channels);
+        for (std::size_t index = 0; index < saved.pixels.size(); ++index)
+        {
+            const std::uint8_t* next = image.bytes.data() + index * channels;
+            saved.pixels[index] = {next[0], next[1], next[2]};
+        }
+        return std::find(run.right.begin(), run.right.end(), saved) != run.right.end();
+    }
 
     /// With its calls compared, on a host whose new pictures show what stays unwritten.
     Run compared(const Example& example) const
@@ -224,11 +252,17 @@ protected:
             AfterCall check = result.watched ? checkOf(host, call) : nullptr;
             if (!check)
                 return nullptr;
-            return [&result, check = std::move(check)](const Value& value) {
+            return [&result, &call, check = std::move(check)](const Value& value) {
                 check(value);
                 ++result.checks;
+                keepRight(call, value, result);
             };
         };
+        if (result.watched)
+            environment.saveImage = [&](const std::string& path, const media::Image& image) {
+                if (!isRight(image, result))
+                    result.notRight.insert(fs::path(path).filename());
+            };
         try
         {
             script::run(script::parseProgram(example.text, example.name), host, environment);
@@ -261,12 +295,14 @@ ON_EVERY_ARTEFACT(Examples);
 TEST_P(Examples, DoWhatTheySay)
 {
     std::set<std::string> missing = namesOfThePlugIn();
+    std::set<std::string> notRight;
     int checks = 0;
     for (const Example& example : allExamples())
     {
         SCOPED_TRACE(example.name);
         const Run outcome = compared(example);
         EXPECT_GT(outcome.checks, 0) << "nothing of the plug-in was called";
+        notRight.insert(outcome.notRight.begin(), outcome.notRight.end());
         checks += outcome.checks;
         if (missing.erase(example.name) != 0)
             EXPECT_TRUE(outcome.called.contains(example.name)) << "what it is about is not called";
@@ -283,6 +319,11 @@ TEST_P(Examples, DoWhatTheySay)
     }
     EXPECT_THAT(missing, testing::IsEmpty()) << "methods and classes without an example";
     EXPECT_GT(checks, 100);
+    const std::set<std::string> painted{
+        "CountColorQVR.png",     "CountColorsQVR.png",    "ExtractColorRectangleMaskQVR-before.png",
+        "FindPictureQVR.png",    "HasMaskQVR-before.png", "ScrollQVR-before.png",
+        "guide-mask-before.png", "slider-threshold.png",  "slider-tolerance.png"};
+    EXPECT_EQ(notRight, painted) << "what is saved and no call has given, but what programs paint themselves";
 }
 
 } // namespace
