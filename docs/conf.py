@@ -22,7 +22,7 @@ html_theme = "furo"
 html_title = "PictureQVR"
 html_static_path = ["static"]
 html_css_files = ["pages.css"]
-html_js_files = ["slider.js"]
+html_js_files = ["navigation.js", "slider.js"]
 html_use_index = False
 html_copy_source = False
 html_show_copyright = False
@@ -48,6 +48,6 @@ qvr_included = {
     "ARCHITECTURE.md": "architecture",
     "CHANGELOG.md": "changelog",
     "CONTRIBUTING.md": "contributing",
-    "README.md": "speed",
+    "README.md": "index",
     "RELIABILITY.md": "reliability",
 }
