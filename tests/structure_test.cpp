@@ -1,5 +1,6 @@
-// Who may include whom. The layers of the plug-in know only those below them, and nothing outside; the
-// stand-in host knows the records it shares with the plug-in and nothing else of it.
+// Who may include whom, as the diagram in ARCHITECTURE.md shows it.
+#include "host/file.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -24,11 +25,6 @@ struct Include
     std::string file; ///< relative to the source tree
     std::string name; ///< as written, without the brackets
     bool angled = false;
-
-    std::string folder() const
-    {
-        return name.substr(0, name.find('/'));
-    }
 };
 
 std::vector<Include> includesUnder(const fs::path& folder)
@@ -50,24 +46,104 @@ std::vector<Include> includesUnder(const fs::path& folder)
     return includes;
 }
 
-/// The folders of src/ that each of them may include.
-const std::map<std::string, Folders> layers{
-    {"abi", {"abi"}},
-    {"system", {"abi", "system"}},
-    {"runtime", {"abi", "system", "runtime"}},
-    {"editor", {"abi", "system", "runtime", "editor"}},
-    {"operations", {"abi", "system", "runtime", "editor", "operations"}},
-    {"globals", {"abi", "system", "runtime", "editor", "globals"}},
-    {"filters", {"abi", "system", "runtime", "editor", "filters"}},
-    {"frame", {"abi", "system", "runtime", "operations", "globals", "filters", "frame"}},
+/// What each folder with code may include, as docs/rooms.dot draws it.
+class Rooms
+{
+public:
+    Rooms()
+    {
+        static const std::regex arrow{R"rx(^ *"([a-z/]+)" -> "([a-z/]+)"(?: \[(.*)\])?$)rx"};
+        std::ifstream file{fs::path{build::sourceDirectory} / "docs" / "rooms.dot"};
+        std::smatch match;
+        for (std::string line; std::getline(file, line);)
+            if (std::regex_match(line, match, arrow))
+            {
+                const bool alone = match[3].str().starts_with("style = dashed");
+                (alone ? ownOnly : withAllBelow)[match[1]].insert(match[2]);
+                folders.insert({match[1], match[2]});
+                arrows.insert(match[1].str() + "->" + match[2].str());
+            }
+    }
+
+    Folders allowedFor(const std::string& folder) const
+    {
+        Folders allowed;
+        addBelow(folder, allowed);
+        if (const auto found = ownOnly.find(folder); found != ownOnly.end())
+            allowed.insert(found->second.begin(), found->second.end());
+        return allowed;
+    }
+
+    /// The folder that a path within the project, or below src/, lies in.
+    std::string folderOf(std::string path) const
+    {
+        const std::string first = path.substr(0, path.find('/'));
+        if (folders.contains("src/" + first))
+            return "src/" + first;
+        while (!path.empty() && !folders.contains(path))
+            path.resize(path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
+        return path;
+    }
+
+    Folders folders;
+    Folders arrows; ///< "A->B"
+
+private:
+    void addBelow(const std::string& folder, Folders& allowed) const
+    {
+        if (!allowed.insert(folder).second)
+            return;
+        if (const auto found = withAllBelow.find(folder); found != withAllBelow.end())
+            for (const std::string& below : found->second)
+                addBelow(below, allowed);
+    }
+
+    std::map<std::string, Folders> withAllBelow;
+    std::map<std::string, Folders> ownOnly;
 };
 
-TEST(Structure, EveryLayerIncludesOnlyWhatLiesBelow)
+TEST(Structure, EveryFolderIncludesOnlyWhatTheDiagramAllows)
 {
-    for (const auto& [layer, allowed] : layers)
-        for (const Include& include : includesUnder(fs::path{"src"} / layer))
-            EXPECT_TRUE(include.angled || allowed.contains(include.folder()))
-                << include.file << " includes " << include.name;
+    const Rooms rooms;
+    std::set<std::string> seen;
+    for (const std::string& room : rooms.folders)
+        for (const Include& include : includesUnder(room))
+        {
+            const std::string folder = rooms.folderOf(include.file);
+            seen.insert(folder);
+            // Headers beside a file, and those that the build makes, are named without a folder.
+            if (!include.angled && include.name.find('/') != std::string::npos)
+                EXPECT_TRUE(rooms.allowedFor(folder).contains(rooms.folderOf(include.name)))
+                    << include.file << " includes " << include.name;
+        }
+    EXPECT_EQ(seen, rooms.folders) << "drawn, but without code";
+}
+
+TEST(Structure, TheDiagramShowsEveryFolderWithCode)
+{
+    const Rooms rooms;
+    const fs::path root = build::sourceDirectory;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
+    {
+        const std::string path = fs::relative(entry.path(), root);
+        // Peers are programs of their own; machines keep what they build where version control does not look.
+        if (path.starts_with("out") || path.starts_with(".") || path.starts_with("bench/peers"))
+            continue;
+        if (entry.path().extension() == ".cpp")
+            EXPECT_TRUE(rooms.folders.contains(rooms.folderOf(path))) << path;
+    }
+}
+
+TEST(Structure, ThePictureOfTheDiagramIsUpToDate)
+{
+    static const std::regex edge{
+        "<g id=\"edge\\d+\" class=\"edge\">\\s*<title>([a-z/]+)&#45;&gt;([a-z/]+)</title>"};
+    const std::string picture = standin::readText(std::string(build::sourceDirectory) + "/docs/rooms.svg");
+    Folders drawn;
+    for (std::sregex_iterator match{picture.begin(), picture.end(), edge}; match != std::sregex_iterator();
+         ++match)
+        drawn.insert((*match)[1].str() + "->" + (*match)[2].str());
+    EXPECT_EQ(drawn, Rooms().arrows) << "docs/rooms.dot tells how to make it";
 }
 
 /// The namespaces that a file opens, outermost first, each with its enclosing ones; `(anonymous)` has no
@@ -119,24 +195,11 @@ TEST(Structure, NoTwoFamiliesShareAnAnonymousNamespace)
     EXPECT_FALSE(owners.contains("qvr::(anonymous)"));
 }
 
-TEST(Structure, EveryFolderOfThePlugInIsAKnownLayer)
-{
-    for (const fs::directory_entry& entry : fs::directory_iterator(fs::path{build::sourceDirectory} / "src"))
-        EXPECT_TRUE(layers.contains(entry.path().filename())) << entry.path();
-}
-
 TEST(Structure, ThePlugInUsesNoSystemHeaders)
 {
     static const std::regex freestanding{R"((stdint|stddef|limits|float|cpuid|[a-z0-9]+intrin)\.h)"};
     for (const Include& include : includesUnder("src"))
         EXPECT_TRUE(!include.angled || std::regex_match(include.name, freestanding))
-            << include.file << " includes " << include.name;
-}
-
-TEST(Structure, TheStandInHostKnowsOnlyTheSharedRecordsOfThePlugIn)
-{
-    for (const Include& include : includesUnder("host"))
-        EXPECT_TRUE(include.angled || Folders({"abi", "host"}).contains(include.folder()))
             << include.file << " includes " << include.name;
 }
 

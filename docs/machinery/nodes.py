@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import html
 import posixpath
+import re
 from pathlib import Path
 from typing import Any
 from urllib.parse import quote
@@ -29,10 +30,31 @@ class SliderFrame(nodes.General, nodes.Element):  # type: ignore[misc]
     """What a slider shows at one value."""
 
 
+def _size(file: Path) -> tuple[int, int]:
+    """Width and height in pixels of the screen."""
+    if file.suffix != ".svg":
+        with Image.open(file) as image:
+            return image.size
+    sides = re.findall(r'^<svg width="(\d+)pt" height="(\d+)pt"', file.read_text(encoding="utf-8"), re.MULTILINE)
+    width, height = (round(int(points) * 4 / 3) for points in sides[0])
+    return width, height
+
+
+def _measure_images(app: Sphinx, doctree: nodes.document) -> None:
+    """Images that Markdown shows become pictures too."""
+    for image in list(doctree.findall(nodes.image)):
+        if isinstance(image, Picture):
+            continue
+        try:
+            width, height = _size(Path(app.srcdir, image["uri"]))
+        except OSError:
+            continue  # What is wrong with it is told when the pages are looked at.
+        image.replace_self(Picture(**{**image.attributes, "width": str(width), "height": str(height)}))
+
+
 def picture(source: Path, folder: Path, alternative: str) -> Picture:
     """A picture; `folder` is where the page's source lies."""
-    with Image.open(source) as image:
-        width, height = image.size
+    width, height = _size(source)
     uri = Path(posixpath.relpath(source.as_posix(), folder.as_posix())).as_posix()
     return Picture(uri=uri, alt=alternative, width=str(width), height=str(height), candidates={"*": uri})
 
@@ -75,3 +97,5 @@ def setup(app: Sphinx) -> None:
     app.add_node(Part, html=(_visit_part, _close_division))
     app.add_node(Slider, html=(_visit_slider, _close_division))
     app.add_node(SliderFrame, html=(_visit_frame, _close_division))
+    # Behind what tells the builder of the images in a page.
+    app.connect("doctree-read", _measure_images, priority=900)
