@@ -26,6 +26,12 @@ void addHelp(CLI::App& app, const HostChoice& choice);
 /// Runs the examples and writes index.html with their pictures into a folder, which is made if need be. Tells
 /// on stderr how far it is.
 void addDemo(CLI::App& app, const HostChoice& choice);
+/// Prints scripts that let shells complete command lines.
+void addCompletion(CLI::App& app);
+/// Answers what those scripts ask: what could come next on a line whose last word is being written.
+void complete(const CLI::App& app, const HostChoice& choice, const std::vector<std::string>& words);
+/// Prints the manual page.
+void addMan(CLI::App& app);
 
 /// An option that can be given several times.
 inline CLI::Option& addRepeatable(CLI::App& command, const std::string& name,

@@ -26,7 +26,6 @@ Artefact artefactOf(const std::string& path)
 template <class Enum, class Target>
 CLI::Option& addNamed(CLI::App& app, const std::string& name, Target& target, const std::string& description)
 {
-    const std::string names = standin::listed(standin::allNames<Enum>());
     return *app.add_option_function<std::string>(
                    name,
                    [&target](const std::string& text) {
@@ -39,8 +38,8 @@ CLI::Option& addNamed(CLI::App& app, const std::string& name, Target& target, co
                            throw CLI::ValidationError(error.what());
                        }
                    },
-                   description + ": " + names)
-                ->type_name("NAME");
+                   description)
+                ->type_name(CLI::detail::join(standin::allNames<Enum>(), "|"));
 }
 
 } // namespace
@@ -50,7 +49,7 @@ void HostChoice::addOptions(CLI::App& app)
     const std::string group = "Host";
     app.add_option("--plugin", plugin,
                    "Plug-in to load: a bundle or shared object (default: the one built beside)")
-        ->envname("PICTUREQVR_PLUGIN")
+        ->envname(pluginVariable)
         ->type_name("FILE")
         ->group(group);
     addNamed<Artefact>(app, "--artefact", artefact, "Which build to load (default: mac if it is built)")

@@ -13,6 +13,9 @@ class App;
 namespace cli
 {
 
+/// The environment variable that names a plug-in.
+inline constexpr const char* pluginVariable = "PICTUREQVR_PLUGIN";
+
 /// Which plug-in the stand-in host loads, and which host it stands in for.
 struct HostChoice
 {

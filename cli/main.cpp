@@ -14,6 +14,46 @@ namespace
 
 constexpr int usageError = 2;
 
+constexpr const char* footer = R"(
+Start with:
+  pictureqvr list                                 what the plug-in has
+  pictureqvr help ChangeContrastQVR               what one of it does, with an example
+  pictureqvr apply InvertQVR photo.jpg out.png    one call on a photograph
+  pictureqvr COMMAND --help                       what a command takes, with examples
+
+Exit codes:
+  0  everything was done
+  1  something failed; a line on standard error says what
+  2  the command line was not understood, and nothing was done
+
+Environment:
+  PICTUREQVR_PLUGIN  the plug-in to load where --plugin names none
+
+Files:
+  ../macos-i386/PictureQVR.bundle  the Mac bundle, seen from the program's folder: loaded where it is there
+  PictureQVR.so                    the Linux shared object beside the program: loaded otherwise
+)";
+
+/// Says first what there is to be done.
+class HelpPage : public CLI::Formatter
+{
+public:
+    HelpPage()
+    {
+        constexpr std::size_t optionColumn = 34;
+        column_width(optionColumn);
+        label("SUBCOMMAND", "COMMAND");
+    }
+
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override
+    {
+        if (app->get_parent() != nullptr)
+            return Formatter::make_help(app, name, mode);
+        return make_description(app) + make_usage(app, name) + make_subcommands(app, mode) +
+               make_groups(app, mode) + make_footer(app);
+    }
+};
+
 /// One line, whatever the message looks like.
 int fail(const std::string& message, int code)
 {
@@ -33,13 +73,13 @@ int failPlainly(const std::string& message, int code)
 
 int main(int argumentCount, char** arguments)
 {
-    CLI::App app("Calls the methods of the PictureQVR plug-in on pictures, through a stand-in for its host.",
-                 "pictureqvr");
+    CLI::App app(
+        "Calls the methods of the PictureQVR plug-in on picture files, through a stand-in for its host.",
+        "pictureqvr");
     app.set_version_flag("--version", std::string("pictureqvr ") + build::version,
                          "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
-    constexpr std::size_t optionColumn = 34;
-    app.get_formatter()->column_width(optionColumn);
+    app.formatter(std::make_shared<HelpPage>());
     app.require_subcommand(1);
     app.fallthrough();
 
@@ -52,10 +92,20 @@ int main(int argumentCount, char** arguments)
     cli::addFilter(app, choice);
     cli::addRun(app, choice);
     cli::addDemo(app, choice);
+    cli::addCompletion(app);
+    cli::addMan(app);
+    for (CLI::App* command : app.get_subcommands({}))
+        command->group("Commands");
+    // Commands without a footer of their own would have taken it.
+    app.footer(footer);
 
     try
     {
-        app.parse(argumentCount, arguments);
+        // The words behind it are those of another line, with options that are not to be understood here.
+        if (argumentCount > 1 && std::string_view(arguments[1]) == "complete")
+            cli::complete(app, choice, {arguments + 2, arguments + argumentCount});
+        else
+            app.parse(argumentCount, arguments);
     }
     catch (const CLI::Success& wish)
     {

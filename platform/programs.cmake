@@ -2,6 +2,10 @@
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PICTUREQVR_OUTPUT_DIRECTORY})
 
+# "## [1.0.0] - 2026-01-31"
+file(STRINGS ${PROJECT_SOURCE_DIR}/CHANGELOG.md RELEASES REGEX "^## .*[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]")
+string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+" RELEASE_DATE "${RELEASES}")
+set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
 configure_file(${PROJECT_SOURCE_DIR}/platform/build_info.h.in ${PROJECT_BINARY_DIR}/generated/build_info.h @ONLY)
 add_library(build_info INTERFACE)
 target_include_directories(build_info INTERFACE ${PROJECT_BINARY_DIR}/generated)
