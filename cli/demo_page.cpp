@@ -1,6 +1,6 @@
 #include "cli/demo_page.h"
 
-#include "cli/demo_histogram.h"
+#include "cli/histogram.h"
 #include "host/error.h"
 #include "host/names.h"
 

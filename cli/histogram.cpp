@@ -1,4 +1,4 @@
-#include "cli/demo_histogram.h"
+#include "cli/histogram.h"
 
 #include <algorithm>
 #include <numeric>
