@@ -179,7 +179,7 @@ struct Plan
         if (!output.empty() && !onPicture && type != Type::Picture && type != Type::String)
             throw Error(name + " has nothing to write to " + output);
         if (!output.empty() && makesPicture)
-            media::checkImageName(output);
+            media::formatOf(output);
     }
 
 private:

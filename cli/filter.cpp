@@ -31,7 +31,7 @@ struct FilterRequest
 
 void filter(const HostChoice& choice, const FilterRequest& request)
 {
-    media::checkImageName(request.output);
+    media::formatOf(request.output);
     standin::Host host(choice.options());
     if (host.registered().findClass(request.className) == nullptr)
         throw Error("there is no class " + request.className + "; \"pictureqvr list\" shows all");

@@ -61,7 +61,7 @@ void readImage(Input& input)
     for (int count = image.width * image.height * image.channels; count > 0; --count)
         image.bytes.push_back(input.byte());
 
-    std::vector<std::uint8_t> file = media::encoded(name, image);
+    std::vector<std::uint8_t> file = media::encoded(image, media::formatOf(name));
     if (cut)
         file.resize(where % file.size());
     const media::Image read = media::decoded(file, name, wantedChannels);

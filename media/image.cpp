@@ -2,6 +2,9 @@
 
 #include "host/error.h"
 #include "host/file.h"
+#include "host/names.h"
+#include "media/metadata.h"
+#include "media/png.h"
 
 #include <stb/stb_image.h>
 #include <stb/stb_image_resize.h>
@@ -9,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -22,74 +24,81 @@ using standin::Error;
 namespace
 {
 
-/// Good enough that no block edges show, at a tenth of the size of a PNG.
-constexpr int jpegQuality = 85;
+using Bytes = std::vector<std::uint8_t>;
 
 void collect(void* context, void* data, int size)
 {
     const auto* bytes = static_cast<const std::uint8_t*>(data);
-    auto& file = *static_cast<std::vector<std::uint8_t>*>(context);
+    auto& file = *static_cast<Bytes*>(context);
     file.insert(file.end(), bytes, bytes + size);
 }
 
-bool encodePng(std::vector<std::uint8_t>& file, int width, int height, int channels, const std::uint8_t* rows)
+struct FormatName
 {
-    return stbi_write_png_to_func(collect, &file, width, height, channels, rows, width * channels) != 0;
-}
-
-bool encodeJpeg(std::vector<std::uint8_t>& file, int width, int height, int channels,
-                const std::uint8_t* rows)
-{
-    return stbi_write_jpg_to_func(collect, &file, width, height, channels, rows, jpegQuality) != 0;
-}
-
-bool encodeBmp(std::vector<std::uint8_t>& file, int width, int height, int channels, const std::uint8_t* rows)
-{
-    return stbi_write_bmp_to_func(collect, &file, width, height, channels, rows) != 0;
-}
-
-bool encodeTga(std::vector<std::uint8_t>& file, int width, int height, int channels, const std::uint8_t* rows)
-{
-    return stbi_write_tga_to_func(collect, &file, width, height, channels, rows) != 0;
-}
-
-struct Format
-{
-    std::string_view extension;
-    decltype(&encodePng) encode;
+    std::string_view name;
+    Format format;
 };
 
-constexpr std::array<Format, 5> formats{{{".png", encodePng},
-                                         {".jpg", encodeJpeg},
-                                         {".jpeg", encodeJpeg},
-                                         {".bmp", encodeBmp},
-                                         {".tga", encodeTga}}};
-
-const Format& formatOf(const std::string& path)
-{
-    std::string extension = std::filesystem::path(path).extension();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto* const found = std::find_if(
-        formats.begin(), formats.end(), [&](const Format& format) { return format.extension == extension; });
-    if (found == formats.end())
-        throw Error("cannot write " + path + ": a picture's name must end in .png, .jpg, .bmp or .tga");
-    return *found;
-}
-
-std::vector<std::uint8_t> encoded(const std::string& path, const Format& format, int width, int height,
-                                  int channels, const std::uint8_t* rows)
-{
-    std::vector<std::uint8_t> file;
-    if (!format.encode(file, width, height, channels, rows))
-        throw Error("cannot write " + path + ": the picture cannot be stored in this format");
-    return file;
-}
+constexpr std::array<FormatName, 8> formatNames{{{"png", Format::png},
+                                                 {"jpg", Format::jpeg},
+                                                 {"jpeg", Format::jpeg},
+                                                 {"bmp", Format::bmp},
+                                                 {"tga", Format::tga},
+                                                 {"ppm", Format::ppm},
+                                                 {"pgm", Format::pgm},
+                                                 {"pnm", Format::pnm}}};
 
 std::size_t byteCount(int width, int height, int channels)
 {
     return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
            static_cast<std::size_t>(channels);
+}
+
+bool hasTranslucentPixel(const Image& image)
+{
+    constexpr std::size_t rgba = 4;
+    constexpr std::uint8_t opaque = 255;
+    for (std::size_t alpha = rgba - 1; alpha < image.bytes.size(); alpha += rgba)
+        if (image.bytes[alpha] != opaque)
+            return true;
+    return false;
+}
+
+/// The image as it is looked at when its file says that it lies so.
+Image upright(const Image& image, int orientation)
+{
+    // EXIF's numbers: 2 to 4 are turned or mirrored, and 5 to 8 lie on their side, too.
+    const bool onSide = orientation >= 5;
+    const bool fromRight = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+    const bool fromBottom = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+    Image result{
+        onSide ? image.height : image.width, onSide ? image.width : image.height, image.channels, {}};
+    result.bytes.resize(image.bytes.size());
+    std::uint8_t* target = result.bytes.data();
+    for (int y = 0; y < result.height; ++y)
+        for (int x = 0; x < result.width; ++x, target += image.channels)
+        {
+            const int column = onSide ? y : x;
+            const int row = onSide ? x : y;
+            const std::size_t source =
+                byteCount(image.width, fromBottom ? image.height - 1 - row : row, image.channels) +
+                byteCount(fromRight ? image.width - 1 - column : column, 1, image.channels);
+            std::copy_n(image.bytes.data() + source, image.channels, target);
+        }
+    return result;
+}
+
+Bytes encodedPnm(const Image& image, Format format)
+{
+    const bool grey = format != Format::ppm && isGrey(image);
+    if (format == Format::pgm && !grey)
+        throw Error("PGM holds levels of grey, and the picture has colours");
+    const std::string header = (grey ? "P5\n" : "P6\n") + std::to_string(image.width) + " " +
+                               std::to_string(image.height) + "\n255\n";
+    const Image levels = channelsOf(image, 0, grey ? 1 : 3);
+    Bytes file(header.begin(), header.end());
+    file.insert(file.end(), levels.bytes.begin(), levels.bytes.end());
+    return file;
 }
 
 } // namespace
@@ -101,30 +110,99 @@ Image readImage(const std::string& path, int channels)
 
 Image decoded(std::span<const std::uint8_t> file, const std::string& path, int channels)
 {
-    Image image{0, 0, channels, {}};
+    constexpr int rgba = 4;
+    const auto refuse = [&path](const std::string& reason) {
+        throw Error(path + ": not an image that can be read (" + reason + ")");
+    };
+    if (!hasSoundTables(file))
+        refuse("damaged code tables");
+    const Metadata metadata = metadataOf(file);
+    Image image{0, 0, rgba, {}};
+    int stored = 0;
     const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
         stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &image.width, &image.height,
-                              nullptr, channels),
+                              &stored, rgba),
         stbi_image_free);
     if (pixels == nullptr)
-        throw Error(path + ": not an image that can be read (" + stbi_failure_reason() + ")");
-    image.bytes.assign(pixels.get(), pixels.get() + byteCount(image.width, image.height, channels));
+        refuse(stbi_failure_reason());
+    image.bytes.assign(pixels.get(), pixels.get() + byteCount(image.width, image.height, rgba));
+    // Levels of grey or colours, and alpha.
+    const bool hasAlpha = stored % 2 == 0 && hasTranslucentPixel(image);
+    if (channels != rgba)
+        image = channelsOf(image, 0, channels);
+    if (metadata.orientation != 1)
+        image = upright(image, metadata.orientation);
+    image.hasAlpha = hasAlpha;
+    image.frames = metadata.frames;
     return image;
 }
 
-void checkImageName(const std::string& path)
+std::optional<Format> formatNamed(std::string_view name)
 {
-    formatOf(path);
+    const auto* const found =
+        std::find_if(formatNames.begin(), formatNames.end(),
+                     [&](const FormatName& entry) { return standin::sameName(entry.name, name); });
+    return found == formatNames.end() ? std::nullopt : std::optional(found->format);
 }
 
-void writeImage(const std::string& path, const Image& image)
+Format formatOf(const std::string& path)
 {
-    standin::writeFile(path, encoded(path, image));
+    const std::string extension = std::filesystem::path(path).extension();
+    const std::optional<Format> format =
+        formatNamed(std::string_view(extension).substr(extension.empty() ? 0 : 1));
+    if (!format)
+        throw Error("cannot write " + path +
+                    ": a picture's name must end in .png, .jpg, .bmp, .tga, .ppm or .pgm");
+    return *format;
 }
 
-std::vector<std::uint8_t> encoded(const std::string& path, const Image& image)
+bool holdsAlpha(Format format)
 {
-    return encoded(path, formatOf(path), image.width, image.height, image.channels, image.bytes.data());
+    return format == Format::png || format == Format::bmp || format == Format::tga;
+}
+
+std::vector<std::uint8_t> encoded(const Image& image, Format format, const Encoding& encoding)
+{
+    Bytes file;
+    const auto check = [](int written) {
+        if (written == 0)
+            throw Error("the picture cannot be stored in this format");
+    };
+    switch (format)
+    {
+    case Format::png:
+        return encodedPng(image, encoding.pngCompression);
+    case Format::jpeg:
+        check(stbi_write_jpg_to_func(collect, &file, image.width, image.height, image.channels,
+                                     image.bytes.data(), encoding.jpegQuality));
+        break;
+    case Format::bmp:
+        check(stbi_write_bmp_to_func(collect, &file, image.width, image.height, image.channels,
+                                     image.bytes.data()));
+        break;
+    case Format::tga:
+        check(stbi_write_tga_to_func(collect, &file, image.width, image.height, image.channels,
+                                     image.bytes.data()));
+        break;
+    default:
+        return encodedPnm(image, format);
+    }
+    return file;
+}
+
+void writeImage(const std::string& path, const Image& image, const Encoding& encoding)
+{
+    const Format format = formatOf(path);
+    Bytes file;
+    try
+    {
+        file = encoded(image, format, encoding);
+    }
+    catch (const Error& error)
+    {
+        throw Error("cannot write " + path + ": " + error.what());
+    }
+    standin::writeFile(path, file);
 }
 
 void writePng(const std::string& path, int width, int height, std::span<const std::uint8_t> rgba)
@@ -132,7 +210,27 @@ void writePng(const std::string& path, int width, int height, std::span<const st
     constexpr int channels = 4;
     if (rgba.size() != byteCount(width, height, channels))
         throw Error("cannot write " + path + ": its size and the number of its bytes do not agree");
-    standin::writeFile(path, encoded(path, formats.front(), width, height, channels, rgba.data()));
+    standin::writeFile(path, encoded({width, height, channels, {rgba.begin(), rgba.end()}}, Format::png));
+}
+
+bool isGrey(const Image& image)
+{
+    const auto channels = static_cast<std::size_t>(image.channels);
+    for (std::size_t at = 0; at < image.bytes.size(); at += channels)
+        if (image.bytes[at] != image.bytes[at + 1] || image.bytes[at] != image.bytes[at + 2])
+            return false;
+    return true;
+}
+
+Image channelsOf(const Image& image, int first, int count)
+{
+    Image result{image.width, image.height, count, {}, image.hasAlpha, image.frames};
+    result.bytes.resize(byteCount(image.width, image.height, count));
+    const std::uint8_t* source = image.bytes.data() + first;
+    for (auto target = result.bytes.begin(); target != result.bytes.end();
+         target += count, source += image.channels)
+        std::copy_n(source, count, target);
+    return result;
 }
 
 Image scaled(const Image& image, int width, int height)

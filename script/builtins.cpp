@@ -93,11 +93,13 @@ media::Image savedImage(const Picture& picture)
 struct SaveFormat
 {
     std::string_view name;
-    std::string_view extension; ///< empty: the file's own
+    std::optional<media::Format> format; ///< nothing: by the file's name
 };
 
-constexpr std::array<SaveFormat, 4> saveFormats{
-    {{"SaveAsDefault", ""}, {"SaveAsPNG", ".png"}, {"SaveAsJPEG", ".jpg"}, {"SaveAsWindowsBMP", ".bmp"}}};
+constexpr std::array<SaveFormat, 4> saveFormats{{{"SaveAsDefault", std::nullopt},
+                                                 {"SaveAsPNG", media::Format::png},
+                                                 {"SaveAsJPEG", media::Format::jpeg},
+                                                 {"SaveAsWindowsBMP", media::Format::bmp}}};
 
 void savePicture(const Services& services, const Picture& picture, const Values& arguments)
 {
@@ -105,12 +107,13 @@ void savePicture(const Services& services, const Picture& picture, const Values&
     const std::int32_t format = arguments.size() > 1 ? integerOf(arguments[1]) : 0;
     if (format < 0 || format >= static_cast<std::int32_t>(saveFormats.size()))
         throw Error("expected a format such as Picture.SaveAsPNG");
-    const std::string_view extension = saveFormats[static_cast<std::size_t>(format)].extension;
+    const std::optional<media::Format> wanted = saveFormats[static_cast<std::size_t>(format)].format;
     if (services.environment.saveImage)
         services.environment.saveImage(path, savedImage(picture));
+    else if (wanted)
+        standin::writeFile(path, media::encoded(savedImage(picture), *wanted));
     else
-        standin::writeFile(path, media::encoded(extension.empty() ? path : "picture" + std::string(extension),
-                                                savedImage(picture)));
+        media::writeImage(path, savedImage(picture));
 }
 
 // Functions
