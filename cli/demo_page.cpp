@@ -61,8 +61,8 @@ data dataOf(const Card& card)
     for (const Shown& picture : card.pictures)
         pictures << dataOf(picture);
     result.set("pictures", pictures);
-    if (card.outcome.counters)
-        result.set("chart", histogramSvg(*card.outcome.counters));
+    if (!card.outcome.curves.empty())
+        result.set("chart", histogramSvg(card.outcome.curves));
     result.set("printed", listOf(card.outcome.printed));
     result.set("anyPrinted", !card.outcome.printed.empty());
     data times{data::type::list};

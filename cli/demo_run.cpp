@@ -4,6 +4,7 @@
 #include "script/interpreter.h"
 #include "script/parser.h"
 
+#include <array>
 #include <cstring>
 #include <memory>
 
@@ -19,21 +20,22 @@ constexpr const char* photoName = "photo.jpg";
 constexpr const char* soundName = "speech.wav";
 
 /// The counters that a call has put into its variables; nothing if it has not.
-std::optional<Counters> countersIn(const standin::Arguments& arguments)
+std::vector<Curve> curvesIn(const standin::Arguments& arguments)
 {
-    Counters counters{};
-    std::size_t count = 0;
+    constexpr std::array<const char*, 3> names{"red", "green", "blue"};
+    std::vector<Curve> curves;
     for (const standin::Value& argument : arguments)
     {
         const auto* variable = std::get_if<standin::VariableArgument>(&argument.held());
         if (variable == nullptr || !std::holds_alternative<MemoryBlock>(variable->variable->held()))
             continue;
         const MemoryBlock block = variable->variable->memoryBlock();
-        if (count == counters.size() || block.bytes().size() != sizeof counters[0])
-            return std::nullopt;
-        std::memcpy(counters[count++].data(), block.data(), sizeof counters[0]);
+        if (curves.size() == names.size() || block.bytes().size() != sizeof(Counters))
+            return {};
+        Curve& curve = curves.emplace_back(Curve{names[curves.size()], {}});
+        std::memcpy(curve.counters.data(), block.data(), sizeof(Counters));
     }
-    return count == counters.size() ? std::optional(counters) : std::nullopt;
+    return curves.size() == names.size() ? curves : std::vector<Curve>();
 }
 
 } // namespace
@@ -66,8 +68,8 @@ DemoOutcome runExample(standin::Host& host, const DemoInputs& inputs, const std:
         const auto timer = std::make_shared<standin::CallTimer>();
         return [&outcome, &call, method, timer](const standin::Value&) {
             outcome.calls.push_back({method, timer->times()});
-            if (!outcome.counters)
-                outcome.counters = countersIn(call.arguments);
+            if (outcome.curves.empty())
+                outcome.curves = curvesIn(call.arguments);
         };
     };
     script::run(script::parseProgram(example.text, example.file), host, environment);

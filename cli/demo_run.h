@@ -3,12 +3,11 @@
 #pragma once
 
 #include "cli/demo_catalogue.h"
+#include "cli/histogram.h"
 #include "host/call_timer.h"
 #include "host/host.h"
 #include "media/image.h"
 
-#include <array>
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -16,9 +15,6 @@
 
 namespace cli
 {
-
-/// How often each level occurs, in red, green and blue.
-using Counters = std::array<std::array<std::uint32_t, 256>, 3>;
 
 struct TimedCall
 {
@@ -31,7 +27,7 @@ struct DemoOutcome
 {
     std::vector<std::string> printed;
     std::vector<TimedCall> calls; ///< of the method or class that it is about
-    std::optional<Counters> counters;
+    std::vector<Curve> curves;    ///< red, green and blue, where there are counters
     bool opensPhoto = false;
 };
 

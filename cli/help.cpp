@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "cli/suggestions.h"
 
 #include <algorithm>
 #include <iostream>
@@ -293,7 +294,10 @@ void help(const standin::Host& host, const std::string& name)
                 SectionPrinter(host.registered(), *known).print(*section);
                 return;
             }
-    throw standin::Error("there is no method or class " + name + "; \"pictureqvr list\" shows all");
+    std::vector<std::string> names = methodNames(host.registered());
+    for (std::string& className : classNames(host.registered()))
+        names.push_back(std::move(className));
+    throw standin::Error(unknownName("method or class", name, names));
 }
 
 } // namespace

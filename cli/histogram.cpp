@@ -1,8 +1,11 @@
 #include "cli/histogram.h"
 
+#include "host/names.h"
+
 #include <algorithm>
 #include <numeric>
 #include <sstream>
+#include <utility>
 
 namespace cli
 {
@@ -21,8 +24,7 @@ constexpr int right = 388;
 constexpr int top = 30;
 constexpr int bottom = 192;
 
-/// The curves' names, and their classes in the page's style sheet.
-constexpr std::array<const char*, 3> curves{"red", "green", "blue"};
+using Pixel = std::array<std::uint8_t, 3>;
 
 double xOf(int level)
 {
@@ -61,23 +63,23 @@ void writeAxes(std::ostream& svg, std::uint32_t highest)
     writeText(svg, left - 8, top - 14, "end", "pixels");
 }
 
-void writeCurve(std::ostream& svg, std::size_t index, const Counters& counters, std::uint32_t highest)
+void writeCurve(std::ostream& svg, std::size_t index, const Curve& curve, std::uint32_t highest)
 {
     constexpr int legendStep = 80;
     constexpr int legendLine = 24;
-    svg << "<path class=\"" << curves[index] << "\" d=\"";
+    svg << "<path class=\"" << curve.name << "\" d=\"";
     for (int level = 0; level < levels; ++level)
         svg << (level == 0 ? 'M' : 'L') << xOf(level) << ' '
-            << yOf(counters[index][static_cast<std::size_t>(level)], highest);
+            << yOf(curve.counters[static_cast<std::size_t>(level)], highest);
     const int x = left + 40 + static_cast<int>(index) * legendStep;
     svg << 'M' << x << ' ' << top - 18 << 'h' << legendLine << "\"/>";
-    writeText(svg, x + legendLine + 6, top - 14, "start", curves[index]);
+    writeText(svg, x + legendLine + 6, top - 14, "start", curve.name);
 }
 
 /// "red most often 12, on average 101.5".
-std::string inWords(std::size_t index, const Counters& counters)
+std::string inWords(const Curve& curve)
 {
-    const auto& counts = counters[index];
+    const Counters& counts = curve.counters;
     const auto most = std::max_element(counts.begin(), counts.end()) - counts.begin();
     double sum = 0;
     for (std::size_t level = 0; level < counts.size(); ++level)
@@ -85,31 +87,79 @@ std::string inWords(std::size_t index, const Counters& counters)
     const double pixels = std::accumulate(counts.begin(), counts.end(), 0.0);
     std::ostringstream text;
     text.precision(3);
-    text << curves[index] << " has level " << most << " most often and level "
-         << (pixels > 0 ? sum / pixels : 0) << " on average";
+    text << curve.name << " has level " << most << " most often and level " << (pixels > 0 ? sum / pixels : 0)
+         << " on average";
     return text.str();
+}
+
+/// The ends are often clipped, and would flatten everything between them.
+std::uint32_t highestOf(const std::vector<Curve>& curves)
+{
+    std::uint32_t highest = 1;
+    for (const Curve& curve : curves)
+        highest = std::max(highest, *std::max_element(curve.counters.begin() + 1, curve.counters.end() - 1));
+    return highest;
+}
+
+/// What a file needs and a page has.
+constexpr const char* fileStyle =
+    "<style>path { fill: none; stroke: #333; stroke-width: 1.4; } .red { stroke: #c33; } "
+    ".green { stroke: #292; } .blue { stroke: #35c; } "
+    "text { fill: #333; font: 11px sans-serif; }</style>";
+
+Pixel colourOf(const std::string& name)
+{
+    constexpr std::array<std::pair<const char*, Pixel>, 3> colours{
+        {{"red", {204, 51, 51}}, {"green", {34, 153, 34}}, {"blue", {51, 85, 204}}}};
+    for (const auto& [known, colour] : colours)
+        if (standin::sameName(known, name))
+            return colour;
+    return {51, 51, 51};
 }
 
 } // namespace
 
-std::string histogramSvg(const Counters& counters)
+std::string histogramSvg(const std::vector<Curve>& curves)
 {
-    // The ends are often clipped, and would flatten everything between them.
-    std::uint32_t highest = 1;
-    for (const auto& counts : counters)
-        highest = std::max(highest, *std::max_element(counts.begin() + 1, counts.end() - 1));
+    const std::uint32_t highest = highestOf(curves);
     std::ostringstream svg;
     svg.precision(4);
     svg << "<svg class=\"histogram\" viewBox=\"0 0 " << drawingWidth << ' ' << drawingHeight
         << "\" role=\"img\" aria-label=\"Histogram of the levels 0 to 255: ";
-    for (std::size_t index = 0; index < curves.size(); ++index)
-        svg << (index == 0 ? "" : "; ") << inWords(index, counters);
+    for (const Curve& curve : curves)
+        svg << (&curve == &curves.front() ? "" : "; ") << inWords(curve);
     svg << "\">";
     writeAxes(svg, highest);
     for (std::size_t index = 0; index < curves.size(); ++index)
-        writeCurve(svg, index, counters, highest);
+        writeCurve(svg, index, curves[index], highest);
     svg << "</svg>";
     return svg.str();
+}
+
+std::string histogramFile(const Curve& curve)
+{
+    std::string svg = histogramSvg({curve});
+    svg.insert(svg.find('>') + 1, fileStyle);
+    return svg.insert(svg.find(' '), " xmlns=\"http://www.w3.org/2000/svg\"") + "\n";
+}
+
+media::Image histogramImage(const Curve& curve)
+{
+    constexpr int columns = 2 * levels;
+    constexpr int rows = levels;
+    constexpr std::uint8_t ground = 255;
+    const std::uint32_t highest = highestOf({curve});
+    const Pixel colour = colourOf(curve.name);
+    media::Image image{columns, rows, 3, {}};
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column)
+        {
+            const std::uint64_t count = curve.counters[static_cast<std::size_t>(column / 2)];
+            const bool filled = count * rows > std::uint64_t{highest} * static_cast<unsigned>(rows - 1 - row);
+            for (const std::uint8_t channel : colour)
+                image.bytes.push_back(filled ? channel : ground);
+        }
+    return image;
 }
 
 } // namespace cli

@@ -115,6 +115,13 @@ int main(int argumentCount, char** arguments)
     {
         return failPlainly(error.what() + std::string("; see pictureqvr --help"), usageError);
     }
+    catch (const script::CallFailure& failure)
+    {
+        failPlainly(failure.what(), EXIT_FAILURE);
+        if (!failure.picture().empty())
+            std::cerr << failure.picture() << "\n";
+        return EXIT_FAILURE;
+    }
     catch (const script::Failure& failure)
     {
         return fail(failure.what(), EXIT_FAILURE);

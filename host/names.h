@@ -49,6 +49,12 @@ std::vector<std::string> allNames()
 /// "mac or linux", "red, green or blue".
 std::string listed(const std::vector<std::string>& names);
 
+/// Those of the known names that may be meant by another one, the most likely first: a few letters are wrong,
+/// or it is a part of them.
+std::vector<std::string> namesLike(std::string_view name, const std::vector<std::string>& known);
+/// "; did you mean InvertQVR or InvertGrayQVR?", or nothing.
+std::string suggestionFor(std::string_view name, const std::vector<std::string>& known);
+
 /// The value of a name, in any case. Throws Error, naming all, when there is none.
 template <class Enum>
 Enum valueNamed(std::string_view name)

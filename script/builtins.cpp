@@ -46,6 +46,15 @@ const typename Table::value_type* findNamed(const Table& table, std::string_view
     return found == table.end() ? nullptr : &*found;
 }
 
+template <class Table>
+std::vector<std::string> namesIn(const Table& table)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : table)
+        names.emplace_back(entry.name);
+    return names;
+}
+
 // Files
 
 /// FolderItems and plain texts name files.
@@ -67,24 +76,19 @@ media::Image savedImage(const Picture& picture)
     constexpr std::uint8_t opaque = 255;
     constexpr std::size_t rgba = 4;
     const Picture mask = picture.mask();
-    const standin::StorageTraits traits = traitsOf(picture.storage());
-    const bool hasAlpha = traits.hasSpareByte && traits.opaqueAlpha == opaque;
-    if (mask.isNil() && !hasAlpha)
-        return imageOf(picture);
+    if (mask.isNil())
+        return imageOf(picture, isTranslucent(picture));
     media::Image image = imageOf(picture, true);
     bool translucent = false;
     for (std::size_t index = rgba - 1; index < image.bytes.size(); index += rgba)
     {
         std::uint8_t& alpha = image.bytes[index];
         const auto pixel = static_cast<int>(index / rgba);
-        if (!mask.isNil())
-        {
-            const int x = pixel % image.width;
-            const int y = pixel / image.width;
-            const bool covered = x < mask.width() && y < mask.height();
-            // White lets through what lies behind.
-            alpha = covered ? static_cast<std::uint8_t>(opaque - mask.pixel(x, y).red) : opaque;
-        }
+        const int x = pixel % image.width;
+        const int y = pixel / image.width;
+        const bool covered = x < mask.width() && y < mask.height();
+        // White lets through what lies behind.
+        alpha = covered ? static_cast<std::uint8_t>(opaque - mask.pixel(x, y).red) : opaque;
         translucent = translucent || alpha != opaque;
     }
     return translucent ? image : imageOf(picture);
@@ -474,6 +478,20 @@ Value callFunction(const Services& services, std::string_view name, const Values
         throw Error("there is no function " + std::string(name));
     expectCount(function->name, arguments, function->least, function->most);
     return function->call(services, arguments);
+}
+
+std::vector<std::string> functionNames()
+{
+    return namesIn(functions);
+}
+
+std::vector<std::string> ownMemberNames(const Value& object)
+{
+    if (std::holds_alternative<Picture>(object))
+        return namesIn(pictureMembers);
+    if (std::holds_alternative<MemoryBlock>(object))
+        return namesIn(blockAccesses);
+    return {};
 }
 
 bool isOwnPictureMember(std::string_view name)

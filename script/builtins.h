@@ -8,6 +8,7 @@
 #include "script/value.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,10 +24,13 @@ struct Services
 };
 
 bool isFunction(std::string_view name);
+std::vector<std::string> functionNames();
 Value callFunction(const Services& services, std::string_view name, const Values& arguments);
 
 /// What pictures have without the plug-in.
 bool isOwnPictureMember(std::string_view name);
+/// What an object's members are called without the plug-in.
+std::vector<std::string> ownMemberNames(const Value& object);
 
 /// "Picture.Open" and the like.
 Value classMember(const Services& services, std::string_view className, std::string_view member,

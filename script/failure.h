@@ -3,6 +3,7 @@
 #include "host/error.h"
 #include "script/syntax.h"
 
+#include <cstddef>
 #include <string>
 
 namespace script
@@ -32,6 +33,23 @@ public:
 private:
     Place where;
     std::string what_;
+};
+
+/// What went wrong in a call on the command line.
+class CallFailure : public standin::Error
+{
+public:
+    /// `column` counts from 1, in bytes.
+    CallFailure(const std::string& message, const std::string& call, std::size_t column);
+
+    /// The call, and below it a mark at what is wrong; lines of it that cannot be shown so are not.
+    const std::string& picture() const
+    {
+        return picture_;
+    }
+
+private:
+    std::string picture_;
 };
 
 } // namespace script

@@ -16,6 +16,10 @@ using standin::Error;
 namespace
 {
 
+constexpr std::size_t rgba = 4;
+constexpr std::size_t alphaIndex = 3;
+constexpr std::uint8_t opaque = 255;
+
 /// A little-endian number at the start of `bytes`, which must hold it.
 template <class Number>
 Number numberAt(std::string_view bytes)
@@ -58,8 +62,7 @@ std::string_view samplesOf(std::string_view file, const std::string& path)
 standin::Picture loadPicture(standin::Host& host, const std::string& path,
                              std::optional<standin::Storage> storage)
 {
-    constexpr int rgba = 4;
-    return pictureOf(host, media::readImage(path, rgba), storage);
+    return pictureOf(host, media::readImage(path, static_cast<int>(rgba)), storage);
 }
 
 standin::Picture pictureOf(standin::Host& host, const media::Image& image,
@@ -73,6 +76,33 @@ standin::Picture pictureOf(standin::Host& host, const media::Image& image,
 media::Image imageOf(const standin::Picture& picture, bool alpha)
 {
     return {picture.width(), picture.height(), alpha ? 4 : 3, alpha ? picture.rgba() : picture.rgb()};
+}
+
+bool isTranslucent(const standin::Picture& picture)
+{
+    const standin::StorageTraits traits = traitsOf(picture.storage());
+    // Elsewhere the byte in this place means nothing.
+    if (!traits.hasSpareByte || traits.opaqueAlpha != opaque)
+        return false;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.pixel(x, y).alpha != opaque)
+                return true;
+    return false;
+}
+
+void setAlpha(media::Image& image, const standin::Picture& picture)
+{
+    std::size_t index = alphaIndex;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x, index += rgba)
+            image.bytes[index] = picture.pixel(x, y).alpha;
+}
+
+void setOpaque(media::Image& image)
+{
+    for (std::size_t index = alphaIndex; index < image.bytes.size(); index += rgba)
+        image.bytes[index] = opaque;
 }
 
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path)

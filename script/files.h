@@ -26,6 +26,14 @@ standin::Picture pictureOf(standin::Host& host, const media::Image& image,
 /// The colours of a picture, and its alpha byte if wanted.
 media::Image imageOf(const standin::Picture& picture, bool alpha = false);
 
+/// Whether a picture of the desktop has alpha bytes that are not 255.
+bool isTranslucent(const standin::Picture& picture);
+
+/// Gives an image with four channels the alpha bytes of a picture of its size.
+void setAlpha(media::Image& image, const standin::Picture& picture);
+/// Gives it the alpha 255.
+void setOpaque(media::Image& image);
+
 /// The samples of a PCM sound (".wav"), as they are stored; any other file as it is.
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path);
 

@@ -16,6 +16,7 @@ using standin::Error;
 using standin::Picture;
 using standin::RegisteredMethod;
 using standin::sameName;
+using standin::suggestionFor;
 using standin::Type;
 
 namespace
@@ -170,8 +171,8 @@ private:
         for (const NamedPlace& name : program.freeNames)
             if (!isFunction(name.name) && !hasClassMembers(name.name) &&
                 host.registered().globalMethods(name.name).empty())
-                fail(name.place,
-                     "expected a variable, a function or a method, \"" + name.name + "\" is none of them");
+                fail(name.place, "expected a variable, a function or a method, \"" + name.name +
+                                     "\" is none of them" + suggestionFor(name.name, valueNames()));
     }
 
     void step(Place place)
@@ -446,8 +447,9 @@ private:
         }
         const Overloads overloads = host.registered().globalMethods(name.name);
         if (overloads.empty())
-            fail(place, context != nullptr && name.arguments.empty() ? "\"" + name.name + "\" is no value"
-                                                                     : "there is no method " + name.name);
+            fail(place, (context != nullptr && name.arguments.empty() ? "\"" + name.name + "\" is no value"
+                                                                      : "there is no method " + name.name) +
+                            suggestionFor(name.name, valueNames()));
         return located(place,
                        [&] { return callPlugin(overloads, name.name, nullptr, name.arguments, nullptr); });
     }
@@ -502,11 +504,48 @@ private:
         return value;
     }
 
-    [[noreturn]] void failMember(Place place, const Value& object, const std::string& name) const
+    /// `what` is that it has not.
+    [[noreturn]] void failMember(Place place, const Value& object, const std::string& name,
+                                 const std::string& what) const
     {
         if (std::holds_alternative<std::nullptr_t>(object))
-            fail(place, "NilObjectException: Nil has no " + name);
-        fail(place, typeNameOf(object) + " has no " + name);
+            fail(place, "NilObjectException: Nil has no " + what);
+        fail(place, typeNameOf(object) + " has no " + what + suggestionFor(name, memberNames(object)));
+    }
+
+    /// What can stand where a value is wanted.
+    std::vector<std::string> valueNames() const
+    {
+        std::vector<std::string> names = functionNames();
+        addNames(names, host.registered().globals);
+        if (context != nullptr)
+        {
+            names.push_back(context->receiverName);
+            for (std::string& name : memberNames(context->receiver))
+                names.push_back(std::move(name));
+        }
+        return names;
+    }
+
+    std::vector<std::string> memberNames(const Value& object) const
+    {
+        std::vector<std::string> names = ownMemberNames(object);
+        if (std::holds_alternative<Picture>(object))
+            for (const standin::RegisteredClass& extension : host.registered().extensions)
+                addNames(names, extension.methods);
+        if (const auto* instance = std::get_if<standin::Instance>(&object))
+        {
+            addNames(names, instance->definition().methods);
+            for (const standin::RegisteredProperty& property : instance->definition().properties)
+                names.push_back(property.name);
+        }
+        return names;
+    }
+
+    static void addNames(std::vector<std::string>& names, const std::vector<RegisteredMethod>& methods)
+    {
+        for (const RegisteredMethod& method : methods)
+            names.push_back(method.declaration.name);
     }
 
     Value memberOf(const Value& object, Place place, const std::string& name, const Arguments& arguments)
@@ -527,7 +566,7 @@ private:
         const std::optional<Value> value =
             located(place, [&] { return script::member(services, object, name, given); });
         if (!value)
-            failMember(place, object, name);
+            failMember(place, object, name, name);
         return *value;
     }
 
@@ -550,7 +589,7 @@ private:
         {
             const auto* property = findProperty(instance->definition(), name);
             if (property == nullptr)
-                failMember(place, object, "property " + name);
+                failMember(place, object, name, "property " + name);
             expectNoArguments(place, property->name, arguments);
             standin::Instance target = *instance;
             located(valuePlace, [&] { target.set(property->name, hostValue(value, typeOf(*property))); });
@@ -564,7 +603,7 @@ private:
                 file == nullptr ? value : fromHost(context->read(file->name, Type::Picture), Type::Picture));
         });
         if (!done)
-            failMember(place, object, name + " that can be assigned to");
+            failMember(place, object, name, name + " that can be assigned to");
     }
 
     // The plug-in
@@ -668,14 +707,33 @@ private:
         return newVariables.back().variable;
     }
 
+    const RegisteredMethod& overloadFor(const Overloads& overloads, const std::string& name,
+                                        const std::vector<Argument>& arguments) const
+    {
+        std::vector<ArgumentForm> forms;
+        for (const Argument& argument : arguments)
+            forms.push_back(formOf(argument, context != nullptr));
+        try
+        {
+            return standin::chooseOverload(overloads, name, forms);
+        }
+        catch (const standin::ArgumentError& error)
+        {
+            if (error.argument >= arguments.size())
+                throw;
+            const Argument& wrong = arguments[error.argument];
+            const std::string* word = wrong.word;
+            fail(wrong.place,
+                 error.what() +
+                     (word == nullptr ? "" : ": there is no " + *word + suggestionFor(*word, valueNames())));
+        }
+    }
+
     Value callPlugin(const Overloads& overloads, const std::string& name, const Value* self,
                      const Arguments& expressions, const Value* assigned)
     {
         std::vector<Argument> arguments = argumentsOf(expressions);
-        std::vector<ArgumentForm> forms;
-        for (const Argument& argument : arguments)
-            forms.push_back(formOf(argument, context != nullptr));
-        const RegisteredMethod& method = standin::chooseOverload(overloads, name, forms);
+        const RegisteredMethod& method = overloadFor(overloads, name, arguments);
         const standin::Declaration& declaration = method.declaration;
         if (assigned != nullptr && method.setter == nullptr)
             throw Error(declaration.name + " cannot be assigned to");
@@ -690,7 +748,8 @@ private:
             if (parameter.byref)
                 passed.emplace_back(byrefs.add(variableFor(argument, parameter), parameter.type));
             else
-                passed.push_back(hostValue(argument.value, parameter.type));
+                passed.push_back(
+                    located(argument.place, [&] { return hostValue(argument.value, parameter.type); }));
         }
         // The variables are to hold the only references.
         arguments.clear();
@@ -785,8 +844,7 @@ CallOutcome call(const Program& program, standin::Host& host, const Environment&
     }
     catch (const Failure& failure)
     {
-        // One line needs no places.
-        throw Error(failure.text());
+        throw CallFailure(failure.text(), program.text, failure.place().column);
     }
 }
 

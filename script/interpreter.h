@@ -49,7 +49,7 @@ struct CallOutcome
     std::vector<NamedValue> variables; ///< in the order in which they were passed
 };
 
-/// Makes a call; throws standin::Error for what goes wrong.
+/// Makes a call; throws CallFailure for what goes wrong.
 CallOutcome call(const Program& program, standin::Host& host, const Environment& environment,
                  const CallContext& context);
 

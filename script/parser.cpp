@@ -166,7 +166,6 @@ private:
     {
         constexpr int binary = 2;
         constexpr int hexadecimal = 16;
-        constexpr std::uint32_t largestColour = 0xFFFFFF;
         const std::string wanted = "a hexadecimal number of 32 bits";
         if (node.is_type<grammar::Whole>())
             return {whole(node, false)};
@@ -180,9 +179,11 @@ private:
                 number<std::uint32_t>(node, node.string_view(), binary, "a binary number of 32 bits"))};
         if (node.is_type<grammar::ColourDigits>())
         {
-            const auto rgb = number<std::uint32_t>(node, node.string_view(), hexadecimal, wanted);
-            if (rgb > largestColour)
+            // Three digits mean another colour elsewhere.
+            constexpr std::size_t digits = 6;
+            if (node.string_view().size() != digits)
                 fail(node, "expected a colour, a hexadecimal number of six digits");
+            const auto rgb = number<std::uint32_t>(node, node.string_view(), hexadecimal, wanted);
             return {Colour{rgb}};
         }
         if (node.is_type<grammar::QuotedText>())
@@ -540,12 +541,15 @@ Program parseCall(std::string_view text)
     const std::string file = "call";
     try
     {
-        return Builder(file, true).callOf(*treeOf<grammar::OneCall>(text, file));
+        Program program = Builder(file, true).callOf(*treeOf<grammar::OneCall>(text, file));
+        program.text = text;
+        return program;
     }
     catch (const Failure& failure)
     {
-        throw standin::Error("call \"" + std::string(text) + "\": " + failure.text() + " at character " +
-                             std::to_string(failure.place().column));
+        const std::size_t column = failure.place().column;
+        throw CallFailure(failure.text() + " at character " + std::to_string(column), std::string(text),
+                          column);
     }
 }
 

@@ -17,8 +17,8 @@ inline constexpr std::size_t deepestNesting = 64;
 Program parseProgram(std::string_view text, const std::string& file);
 
 /// Takes apart one call or assignment as users of the command line write it: "@FILE" stands for the contents
-/// of a file. Its only statement is a `Call` or an `Assignment`. Throws standin::Error, naming the place, for
-/// a text that is neither.
+/// of a file. Its only statement is a `Call` or an `Assignment`. Throws CallFailure for a text that is
+/// neither.
 Program parseCall(std::string_view text);
 
 } // namespace script

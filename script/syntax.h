@@ -120,6 +120,13 @@ struct Expression
     std::variant<Literal, FileName, Name, NewObject, Path, Unary, Chain> node;
 };
 
+/// What a name or a path names in the end: "B" of "A.B".
+inline const std::string& lastNameIn(const Expression& expression)
+{
+    const auto* path = std::get_if<Path>(&expression.node);
+    return path == nullptr ? std::get<Name>(expression.node).name : path->members.back().name;
+}
+
 /// A type as it is written.
 struct TypeName
 {
@@ -221,6 +228,7 @@ struct NamedPlace
 struct Program
 {
     std::string file; ///< as messages call it
+    std::string text; ///< of a call on the command line
     Block block;
     std::size_t variableCount = 0;
     std::vector<NamedPlace> freeNames;  ///< names of no variable

@@ -34,8 +34,6 @@ std::string bigEndian(std::uint32_t number)
     return bytes;
 }
 
-using Rgb = std::array<std::uint8_t, 3>;
-
 /// A picture in the plug-in's binary string format, which the program turns from and into image files.
 std::string binaryString(int width, int height, const std::vector<Rgb>& pixels)
 {
@@ -49,21 +47,6 @@ std::string binaryString(int width, int height, const std::vector<Rgb>& pixels)
            std::string(16, '\0') + bytes;
 }
 
-/// An uncompressed 24-bit TGA file, top row first.
-std::string tga(int width, int height, const std::vector<Rgb>& pixels)
-{
-    std::string bytes(18, '\0');
-    bytes[2] = 2;
-    bytes[12] = static_cast<char>(width);
-    bytes[14] = static_cast<char>(height);
-    bytes[16] = 24;
-    bytes[17] = 0x20;
-    for (const auto& [red, green, blue] : pixels)
-        for (const std::uint8_t channel : {blue, green, red})
-            bytes += static_cast<char>(channel);
-    return bytes;
-}
-
 class Cli : public ProgramTest
 {
 protected:
@@ -72,11 +55,13 @@ protected:
         write("photo.tga", tga(2, 2, photo));
     }
 
-    /// Compares an image file's pixels, as the plug-in itself packs them.
+    /// Compares an image file's pixels, as the plug-in itself packs them, and makes room for the next one.
     void expectPixels(const std::string& file, int width, int height, const std::vector<Rgb>& pixels) const
     {
         expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' " + file + " packed.bin");
         EXPECT_EQ(contentsOf(folder / "packed.bin"), binaryString(width, height, pixels)) << file;
+        for (const std::string& seen : {file, std::string("packed.bin")})
+            fs::remove(folder / seen);
     }
 
     const std::vector<Rgb> photo{{10, 20, 30}, {200, 100, 50}, {0, 0, 0}, {255, 255, 255}};
@@ -230,7 +215,7 @@ TEST_P(Cli, CallsInChains)
     expectPixels("out.png", 2, 2, photo);
     expectSuccess("apply photo.Width photo.tga", "2\n");
     expectSuccess("apply 'InvertQVR.FindPictureQVR(InvertQVR(1, 0, 1, 1), x, y)' photo.tga",
-                  "false\nx = 0\ny = 0\n");
+                  "false\n");
     expectSuccess("filter PictureSepiaQVR photo.tga out.png --set filter.SepiaRed=2*20 --set SepiaGreen=20 "
                   "--set SepiaBlue=-20 --set FactorRed=0.0 --set FactorBlue=0.0 --set FactorGreen=0.0");
     expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{40, 20, 0}));
@@ -253,8 +238,7 @@ TEST_P(Cli, AssignsAndSavesAlpha)
     expectSuccess("apply 'EmbeddedMaskQVR(false) = @photo.tga' photo.tga alpha.png --alpha");
     expectSuccess("apply 'EmbeddedMaskQVR(false)' alpha.png out.png");
     expectPixels("out.png", 2, 2, {{10, 10, 10}, {200, 200, 200}, {0, 0, 0}, {255, 255, 255}});
-    // Without being asked for, alpha is not saved.
-    expectSuccess("apply InvertQVR alpha.png plain.png");
+    expectSuccess("apply InvertQVR alpha.png plain.png --opaque");
     expectSuccess("apply 'EmbeddedMaskQVR(false)' plain.png out.png");
     expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{255, 255, 255}));
 }

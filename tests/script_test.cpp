@@ -628,7 +628,7 @@ TEST_P(Script, PassesVariables)
         run("Dim p As New Picture(1, 1)\nDim x As UInt32\nDim y As Integer\nCall p.FindPictureQVR(p, x, y)"),
         HasSubstr("p.bas:4:26: expected a variable of type integer for x, which is ByRef"));
     EXPECT_THAT(run("Dim p As New Picture(1, 1)\nCall p.FindPictureQVR(p, 1, 2)"),
-                HasSubstr("p.bas:2:8: FindPictureQVR takes (pic as picture, byref x as integer"));
+                HasSubstr("p.bas:2:26: FindPictureQVR takes (pic as picture, byref x as integer"));
 }
 
 TEST_P(Script, AssignsToMethodsAndProperties)
@@ -654,8 +654,8 @@ TEST_P(Script, TellsWhatThePlugInRefuses)
     for (const auto& [program, error] : std::initializer_list<std::pair<const char*, const char*>>{
              {"Print p.NoSuchQVR", "9: Picture has no NoSuchQVR"},
              {"Call p.InvertQVR(1, 2)", "8: InvertQVR takes (left as integer, "},
-             {"Call p.ChangeSaturationQVR(1.5)", "8: ChangeSaturationQVR takes (Amount as integer)"},
-             {"Call p.InvertQVR(Nil)", "8: InvertQVR takes ("},
+             {"Call p.ChangeSaturationQVR(1.5)", "28: ChangeSaturationQVR takes (Amount as integer)"},
+             {"Call p.InvertQVR(Nil)", "18: InvertQVR takes ("},
              {"p.InvertQVR = p", "3: InvertQVR cannot be assigned to"},
              {"p.EmbeddedMaskQVR(False) = 5", "3: EmbeddedMaskQVR takes a value of type picture"},
              {"MergePictureQVR(p, p) = p", "1: MergePictureQVR cannot be assigned to"},

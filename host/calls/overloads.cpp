@@ -1,7 +1,5 @@
 #include "host/calls/overloads.h"
 
-#include "host/error.h"
-
 #include <algorithm>
 
 namespace standin
@@ -90,6 +88,37 @@ std::optional<int> callCost(const Declaration& declaration, const std::vector<Ar
     return total;
 }
 
+/// How many of the first arguments an overload takes.
+std::size_t fitting(const Declaration& declaration, const std::vector<ArgumentForm>& arguments)
+{
+    const std::size_t most = std::min(arguments.size(), declaration.parameters.size());
+    std::size_t count = 0;
+    while (count < most && argumentCost(arguments[count], declaration.parameters[count]))
+        ++count;
+    return count;
+}
+
+/// "argument 2 is of type double, width of type integer".
+std::string misfit(const Declaration& declaration, const std::vector<ArgumentForm>& arguments,
+                   std::size_t index)
+{
+    const std::string argument = "argument " + std::to_string(index + 1);
+    if (index == declaration.parameters.size())
+        return argument + " is one too many";
+    const Parameter& parameter = declaration.parameters[index];
+    if (index == arguments.size())
+        return argument + ", " + parameter.name + ", is missing";
+    const ArgumentForm& form = arguments[index];
+    if (parameter.byref && !form.byReference)
+        return argument + " is no variable, and " + parameter.name + " is ByRef";
+    if (!parameter.byref && !form.byValue)
+        return argument + " has no value";
+    const std::string wanted = parameter.name + " of type " + std::string(nameOf(parameter.type));
+    if (form.asItIs.size() != 1)
+        return argument + " is no value for " + wanted;
+    return argument + " is of type " + std::string(nameOf(form.asItIs.front())) + ", " + wanted;
+}
+
 } // namespace
 
 std::optional<int> ArgumentForm::cost(Type type) const
@@ -122,6 +151,8 @@ const RegisteredMethod& chooseOverload(const std::vector<const RegisteredMethod*
     const RegisteredMethod* best = nullptr;
     int bestCost = 0;
     std::string choices;
+    const Declaration* nearest = nullptr;
+    std::size_t fits = 0;
     for (const RegisteredMethod* method : overloads)
     {
         const std::optional<int> cost = callCost(method->declaration, arguments);
@@ -130,13 +161,19 @@ const RegisteredMethod& chooseOverload(const std::vector<const RegisteredMethod*
             best = method;
             bestCost = *cost;
         }
+        const std::size_t count = fitting(method->declaration, arguments);
+        if (nearest == nullptr || count > fits)
+        {
+            nearest = &method->declaration;
+            fits = count;
+        }
         choices += (choices.empty() ? "" : " or ") + method->declaration.parameterText();
     }
     if (best != nullptr)
         return *best;
     if (overloads.empty())
         throw Error("there is no method " + std::string(name));
-    throw Error(overloads.front()->declaration.name + " takes " + choices);
+    throw ArgumentError(nearest->name + " takes " + choices + "; " + misfit(*nearest, arguments, fits), fits);
 }
 
 } // namespace standin

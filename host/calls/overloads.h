@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/calls/registry.h"
+#include "host/error.h"
 #include "host/values/value.h"
 
 #include <optional>
@@ -28,8 +29,20 @@ ArgumentForm formOf(const Value& value);
 /// A variable that nothing was assigned to.
 ArgumentForm formOfNewVariable();
 
-/// The overload that needs the fewest conversions, the first of equals. Throws Error when none fits, naming
-/// what would.
+/// Arguments that no overload takes.
+class ArgumentError : public Error
+{
+public:
+    ArgumentError(const std::string& text, std::size_t which) : Error(text), argument(which)
+    {
+    }
+
+    /// The first one that does not fit, counted from 0; as many as were given where one is missing.
+    const std::size_t argument;
+};
+
+/// The overload that needs the fewest conversions, the first of equals. Throws ArgumentError when none fits,
+/// naming what would, and which argument does not.
 const RegisteredMethod& chooseOverload(const std::vector<const RegisteredMethod*>& overloads,
                                        std::string_view name, const std::vector<ArgumentForm>& arguments);
 

@@ -13,6 +13,44 @@
 
 namespace fs = std::filesystem;
 
+namespace
+{
+
+template <std::size_t channels>
+std::string tgaOf(int width, int height, const std::vector<std::array<std::uint8_t, channels>>& pixels)
+{
+    std::string bytes(18, '\0');
+    bytes[2] = 2;
+    const auto putSize = [&bytes](std::size_t place, int size) {
+        bytes[place] = static_cast<char>(size);
+        bytes[place + 1] = static_cast<char>(size >> 8);
+    };
+    putSize(12, width);
+    putSize(14, height);
+    bytes[16] = channels * 8;
+    bytes[17] = channels == 4 ? 0x28 : 0x20;
+    for (const auto& pixel : pixels)
+    {
+        for (const std::size_t channel : {2, 1, 0})
+            bytes += static_cast<char>(pixel[channel]);
+        if constexpr (channels == 4)
+            bytes += static_cast<char>(pixel[3]);
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::string tga(int width, int height, const std::vector<Rgb>& pixels)
+{
+    return tgaOf(width, height, pixels);
+}
+
+std::string tgaWithAlpha(int width, int height, const std::vector<std::array<std::uint8_t, 4>>& pixels)
+{
+    return tgaOf(width, height, pixels);
+}
+
 std::string contentsOf(const fs::path& path)
 {
     std::ifstream file{path, std::ios::binary};
@@ -67,5 +105,5 @@ void ProgramTest::expectFailure(const std::string& arguments, const std::string&
     EXPECT_EQ(result.output, "") << arguments;
     EXPECT_THAT(result.errors, testing::StartsWith("pictureqvr: ")) << arguments;
     EXPECT_THAT(result.errors, testing::HasSubstr(message)) << arguments;
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    EXPECT_THAT(result.errors, testing::MatchesRegex("[^\n]*\n([^\n]+\n *\\^\n)?")) << arguments;
 }

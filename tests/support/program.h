@@ -4,8 +4,11 @@
 
 #include "tests/support/test_host.h"
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 /// How the program ends.
 enum ExitCode
@@ -21,6 +24,12 @@ struct Outcome
     std::string output;
     std::string errors;
 };
+
+using Rgb = std::array<std::uint8_t, 3>;
+
+/// An uncompressed TGA file, top row first.
+std::string tga(int width, int height, const std::vector<Rgb>& pixels);
+std::string tgaWithAlpha(int width, int height, const std::vector<std::array<std::uint8_t, 4>>& pixels);
 
 /// A file's bytes; empty where there is none.
 std::string contentsOf(const std::filesystem::path& path);
@@ -43,7 +52,7 @@ protected:
 
     /// Nothing on stderr.
     void expectSuccess(const std::string& arguments, const std::string& output = "") const;
-    /// Exactly one line on stderr, and nothing printed.
+    /// Exactly one line on stderr, or below it a call with a mark; and nothing printed.
     void expectFailure(const std::string& arguments, const std::string& message, int code = failure) const;
 
     const std::filesystem::path folder;
