@@ -117,7 +117,7 @@ private:
         const auto number = fileNumber(name);
         const std::string& argument = number ? task.inputs.at(*number - 1) : name;
         if (type != Type::Picture)
-            return script::loadFile(host, number ? pathOf(argument) : argument, type, choice.storage);
+            return script::loadFile(host, pathOf(argument), type, choice.storage);
         Source picture = read(argument);
         // What global methods make is like the first picture that they are given.
         if (!source)

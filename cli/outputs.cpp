@@ -145,21 +145,26 @@ void checkFormat(const OutputChoice& choice, const std::string& output)
         throw Error("--compress is for PNG, which " + output + " is not");
 }
 
-/// With alpha if the picture has some, or else if its source had some and both have one size.
+/// Why a source's alpha cannot become that of a picture; empty: it can.
+std::string reasonAgainstAlpha(const standin::Picture& picture, const Source& source)
+{
+    if (source.picture.width() != picture.width() || source.picture.height() != picture.height())
+        return "which has another size";
+    return traitsOf(source.picture.storage()).hasSpareByte ? "" : "as its storage had none";
+}
+
+/// With alpha if the picture has some, or else if its source had some.
 Image imageFor(const standin::Picture& picture, const Source* source, bool always)
 {
     if (script::isTranslucent(picture))
         return script::imageOf(picture, true);
-    Image image = script::imageOf(picture, always || (source != nullptr && source->hasAlpha));
-    if (image.channels == 3)
-        return image;
-    if (source != nullptr && source->hasAlpha && source->picture.width() == picture.width() &&
-        source->picture.height() == picture.height())
+    const bool sourceHas =
+        source != nullptr && source->hasAlpha && reasonAgainstAlpha(picture, *source).empty();
+    Image image = script::imageOf(picture, sourceHas || always);
+    if (sourceHas)
         script::setAlpha(image, source->picture);
     else if (always)
         script::setOpaque(image);
-    else
-        return script::imageOf(picture);
     return image;
 }
 
@@ -252,14 +257,12 @@ void writePicture(const OutputChoice& choice, const std::string& path, const sta
 {
     const Format format = formatFor(choice, path);
     const bool keepsAlpha = media::holdsAlpha(format) && !choice.opaque;
-    const Image image = [&] {
-        return keepsAlpha ? imageFor(picture, source, choice.alpha) : script::imageOf(picture);
-    }();
-    const bool hadAlpha = script::isTranslucent(picture) || (source != nullptr && source->hasAlpha);
-    if (hadAlpha && image.channels == 3 && !choice.opaque)
-        warn((source != nullptr && source->hasAlpha ? "the alpha of " + source->path : "the alpha") +
-                 " is not in " + path + ", " +
-                 (media::holdsAlpha(format) ? "which has another size" : "whose format has none") +
+    const Image image = keepsAlpha ? imageFor(picture, source, choice.alpha) : script::imageOf(picture);
+    const bool sourceHadAlpha = source != nullptr && source->hasAlpha;
+    if (!choice.opaque && image.channels == 3 &&
+        (sourceHadAlpha || (!keepsAlpha && script::isTranslucent(picture))))
+        warn((sourceHadAlpha ? "the alpha of " + source->path : "the alpha") + " is not in " + path + ", " +
+                 (keepsAlpha ? reasonAgainstAlpha(picture, *source) : "whose format has none") +
                  "; --opaque is to say so",
              choice.quiet);
     media::Encoding encoding;

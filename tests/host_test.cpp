@@ -306,8 +306,12 @@ TEST_F(HostCall, NamesWhatWouldFit)
 {
     registerGlobal("F as integer", any(one));
     registerGlobal("F(a as integer, b as integer) as integer", any(two));
-    EXPECT_EQ(errorOf([this] { call("F", {1}); }), "F takes () or (a as integer, b as integer)");
-    EXPECT_EQ(errorOf([this] { call("F", {1, true}); }), "F takes () or (a as integer, b as integer)");
+    EXPECT_EQ(errorOf([this] { call("F", {1}); }),
+              "F takes () or (a as integer, b as integer); argument 2, b, is missing");
+    EXPECT_EQ(errorOf([this] {
+                  call("F", {1, true});
+              }),
+              "F takes () or (a as integer, b as integer); argument 2 is of type boolean, b of type integer");
     EXPECT_EQ(errorOf([this] { call("G"); }), "there is no method G");
 }
 

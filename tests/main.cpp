@@ -1,6 +1,7 @@
 // Runs the tests that GoogleTest's own options choose, or the suites named on the command line: a word
 // chooses every suite with it in its name, whatever the case, and with or without underscores. Choosing none
 // is a mistake, not a success. ASSERT_... ends the whole test, from whatever function or loop it stands in.
+#include "host/names.h"
 #include "tests/support/failure_points.h"
 
 #include <gmock/gmock.h>
@@ -53,30 +54,15 @@ std::vector<const testing::TestSuite*> allSuites()
     return suites;
 }
 
-/// How many runs of three letters two words share.
-int likeness(const std::string& a, const std::string& b)
-{
-    constexpr std::size_t length = 3;
-    int shared = 0;
-    for (std::size_t i = 0; i + length <= a.size(); ++i)
-        shared += b.find(a.substr(i, length)) != std::string::npos;
-    return shared;
-}
-
-/// The suites whose names are most like the word, or all where none is.
+/// The suites that may be meant, or all where none is like the word.
 std::string nearNames(const std::string& word)
 {
     std::set<std::string> names;
     for (const testing::TestSuite* suite : allSuites())
         names.insert(plainName(*suite));
-    int best = 0;
-    for (const std::string& name : names)
-        best = std::max(best, likeness(folded(word), folded(name)));
-    std::string text;
-    for (const std::string& name : names)
-        if (likeness(folded(word), folded(name)) * 2 >= best)
-            text += (text.empty() ? "" : ", ") + name;
-    return text;
+    const std::vector<std::string> all(names.begin(), names.end());
+    const std::vector<std::string> near = standin::namesLike(folded(word), all);
+    return standin::listed(near.empty() ? all : near);
 }
 
 int complain(const std::string& what)

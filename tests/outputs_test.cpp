@@ -151,9 +151,10 @@ TEST_P(Outputs, AreToldOfInALineEachOnRequest)
 
 TEST_P(Outputs, ShowProgressOnTerminalsOnly)
 {
-    EXPECT_THAT(onTerminal("apply InvertQVR a.tga b.tga --to '{name}.png'"),
+    EXPECT_THAT(onTerminal("apply InvertQVR a.tga b.tga --to '{name}.png' --jobs 1"),
                 testing::AllOf(HasSubstr("\r\x1b[K[                              ] 0 of 2"),
-                               testing::EndsWith("\r\x1b[K")));
+                               HasSubstr("\r\x1b[K[###############               ] 1 of 2, "),
+                               HasSubstr(" s left"), testing::EndsWith("\r\x1b[K")));
     EXPECT_THAT(onTerminal("apply InvertQVR a.tga a1.png"),
                 testing::AllOf(HasSubstr("\r\x1b[Kreading a.tga"), HasSubstr("\r\x1b[Kcalling InvertQVR"),
                                HasSubstr("\r\x1b[Kwriting a1.png"), testing::EndsWith("\r\x1b[K")));
@@ -378,6 +379,9 @@ TEST_P(Outputs, ComeWithAWarningWhereAlphaIsLost)
     expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' b.tga b.bin");
     expectWarning("apply 'BinaryStringtoPictureQVR(@b.bin).ReplaceRedChannelQVR(photo)' sheer.tga cut.png",
                   "the alpha of sheer.tga is not in cut.png, which has another size; --opaque is to say so");
+    expectWarning(
+        "--storage gworld24 apply InvertQVR sheer.tga thin.png",
+        "the alpha of sheer.tga is not in thin.png, as its storage had none; --opaque is to say so");
     expectSuccess("apply InvertQVR sheer.tga opaque.jpg --opaque");
     expectSuccess("apply InvertQVR sheer.tga quiet.jpg --quiet");
 }
@@ -409,6 +413,8 @@ TEST_P(Outputs, CanBeStandardOutput)
     expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' a.tga packed.bin");
     expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' a.tga -", bytesOf("packed.bin"));
     expectSuccess("apply 'BinaryStringtoPictureQVR(@1).InvertQVR' - - --format png <packed.bin", wanted);
+    expectSuccess("apply 'ReplaceRedChannelQVR(@-)' a.tga red.png <a.tga");
+    EXPECT_EQ(pixelsOf("red.png"), pixelsOf("a.tga"));
     expectFailure("apply InvertQVR a.tga -", "--format png");
     expectFailure("apply InvertQVR a.tga - --format gif", "there is no format \"gif\"");
     EXPECT_THAT(onTerminal("apply InvertQVR a.tga - --format png"),
