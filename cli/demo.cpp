@@ -14,8 +14,6 @@
 #include <iostream>
 #include <sstream>
 
-#include "build_info.h"
-
 namespace cli
 {
 
@@ -30,7 +28,7 @@ struct DemoRequest
 {
     std::string photo = "/usr/share/backgrounds/mate/nature/LadyBird.jpg";
     std::string sound = "/usr/share/sounds/alsa/Front_Center.wav";
-    std::string source = build::sourceDirectory; ///< where examples/ and docs/reference/index.md are
+    std::string source; ///< where examples/ and docs/reference/index.md are; empty: in the program
     std::string folder;
 };
 
@@ -91,29 +89,28 @@ public:
 
     void run()
     {
-        const std::filesystem::path source = request.source;
-        const std::vector<Family> families = familiesIn(source / "docs" / "reference" / "index.md");
+        const std::vector<Family> families = readFamilies(request.source);
         for (const Family& family : families)
             total += family.names.size();
         for (const Family& family : families)
         {
             page.families.push_back({family.title, {}});
             for (const std::string& name : family.names)
-                page.families.back().cards.push_back(cardOf(name, source / "examples" / (name + ".bas")));
+                page.families.back().cards.push_back(cardOf(name));
         }
         finish();
     }
 
 private:
     /// Tells how it went; what fails has a card too.
-    Card cardOf(const std::string& name, const std::filesystem::path& file)
+    Card cardOf(const std::string& name)
     {
         std::cerr << "[" << std::setw(2) << ++number << "/" << total << "] " << name << std::flush;
         Card card;
         card.name = name;
         try
         {
-            const Example example = readExample(file);
+            const Example example = readExample(request.source, name);
             card.shows = example.shows;
             card.code = example.code;
             run(card, example);
@@ -237,7 +234,7 @@ void addDemo(CLI::App& app, const HostChoice& choice)
     command
         .add_option(
             "--source", request->source,
-            "The project, with examples/ and docs/reference/index.md (default: the one this was built of)")
+            "A project, with examples/ and docs/reference/index.md (default: the examples it was built with)")
         ->type_name("DIR");
     command.add_option("--out", request->folder, "Folder that gets index.html")->type_name("DIR")->required();
     command.callback([request, &choice] { Demo(choice, *request).run(); });

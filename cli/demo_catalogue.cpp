@@ -3,8 +3,12 @@
 #include "host/error.h"
 #include "host/file.h"
 
+#include <algorithm>
+#include <span>
 #include <sstream>
 #include <string_view>
+
+#include "help_pages.h"
 
 namespace cli
 {
@@ -13,6 +17,20 @@ using standin::Error;
 
 namespace
 {
+
+/// A file of the project in `source`, or what the program itself has of it.
+std::string textOf(const std::filesystem::path& source, const std::filesystem::path& file,
+                   std::span<const Document> documents)
+{
+    if (!source.empty())
+        return standin::readText(source / file);
+    const std::string name = file.stem();
+    const auto found = std::find_if(documents.begin(), documents.end(),
+                                    [&](const Document& document) { return document.name == name; });
+    if (found == documents.end())
+        throw Error("there is no " + file.string());
+    return std::string(found->text);
+}
 
 /// What stands between the next two marks; `text` goes on behind them. Empty where there is nothing more.
 std::string_view takeBetween(std::string_view& text, std::string_view opening, std::string_view closing)
@@ -35,10 +53,11 @@ std::string trimmed(const std::string& text, const char* unwanted)
 
 } // namespace
 
-std::vector<Family> familiesIn(const std::filesystem::path& tableOfContents)
+std::vector<Family> readFamilies(const std::filesystem::path& source)
 {
+    const std::filesystem::path tableOfContents = "docs/reference/index.md";
     std::vector<Family> families;
-    std::istringstream lines{standin::readText(tableOfContents)};
+    std::istringstream lines{textOf(source, tableOfContents, referencePages)};
     for (std::string line; std::getline(lines, line);)
     {
         if (!line.starts_with("| ["))
@@ -51,15 +70,16 @@ std::vector<Family> familiesIn(const std::filesystem::path& tableOfContents)
         families.push_back(std::move(family));
     }
     if (families.empty())
-        throw Error(tableOfContents.string() + " names no families of methods");
+        throw Error((source / tableOfContents).string() + " names no families of methods");
     return families;
 }
 
-Example readExample(const std::filesystem::path& file)
+Example readExample(const std::filesystem::path& source, const std::string& name)
 {
+    const std::filesystem::path file = "examples/" + name + ".bas";
     const std::string_view shows = "' Shows:";
     const std::string_view prints = "' Prints:";
-    Example example{file.string(), standin::readText(file), {}, {}};
+    Example example{(source / file).string(), textOf(source, file, examplePrograms), {}, {}};
     std::istringstream lines{example.text};
     std::string line;
     std::getline(lines, line);

@@ -16,8 +16,9 @@ struct Family
 };
 
 /// The families in the reference's table of contents: rows such as "| [Masks](masks.md) | `HasMaskQVR` |".
+/// `source` is a project's folder; where it is empty, they are those that the program was built with.
 /// Throws standin::Error where there are none.
-std::vector<Family> familiesIn(const std::filesystem::path& tableOfContents);
+std::vector<Family> readFamilies(const std::filesystem::path& source);
 
 /// The program of a method or class, as readers are shown it.
 struct Example
@@ -28,7 +29,8 @@ struct Example
     std::string code;  ///< without that line, and without those that say what is printed
 };
 
-/// Throws standin::Error for a file that cannot be read, or does not say what it shows.
-Example readExample(const std::filesystem::path& file);
+/// Read from a project's folder, or from the program itself likewise. Throws standin::Error for a file that
+/// cannot be read, or does not say what it shows.
+Example readExample(const std::filesystem::path& source, const std::string& name);
 
 } // namespace cli

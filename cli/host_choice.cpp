@@ -48,11 +48,11 @@ void HostChoice::addOptions(CLI::App& app)
 {
     const std::string group = "Host";
     app.add_option("--plugin", plugin,
-                   "Plug-in to load: a bundle or shared object (default: the one built beside)")
+                   "Plug-in to load: a bundle or shared object (default: the one that came with it)")
         ->envname(pluginVariable)
         ->type_name("FILE")
         ->group(group);
-    addNamed<Artefact>(app, "--artefact", artefact, "Which build to load (default: mac if it is built)")
+    addNamed<Artefact>(app, "--artefact", artefact, "Which build to load (default: mac if it is there)")
         .group(group);
     addNamed<standin::Kind>(app, "--host", kind, "What kind of application it is in (default: desktop)")
         .group(group);

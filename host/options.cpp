@@ -7,10 +7,17 @@ namespace standin
 
 std::string defaultPluginPath(Artefact artefact)
 {
-    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    if (artefact == Artefact::SharedObject)
-        return folder / "PictureQVR.so";
-    return folder.parent_path() / "macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR";
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const std::filesystem::path file =
+        artefact == Artefact::SharedObject ? "PictureQVR.so" : "PictureQVR.bundle/Contents/MacOS/PictureQVR";
+    // Beside it, as installed, at the top of an archive, and where the bundle is built.
+    for (const char* place : {".", "../lib/pictureqvr", "..", "../macos-i386"})
+    {
+        const std::filesystem::path path = (program / place / file).lexically_normal();
+        if (std::filesystem::exists(path))
+            return path;
+    }
+    return program / file;
 }
 
 Storage Options::storageOfNewPictures() const

@@ -37,7 +37,8 @@ constexpr std::string_view nameOf(Artefact artefact)
     return {};
 }
 
-/// The file that `artefact` is loaded from when no path is given.
+/// The file that `artefact` is loaded from when no path is given: PictureQVR.so or PictureQVR.bundle beside
+/// the running executable or where it is installed or built with it. Beside it where there is none.
 std::string defaultPluginPath(Artefact artefact);
 
 /// What kind of application the host runs, which decides on the class that it has.
@@ -79,9 +80,7 @@ struct Options
     Artefact artefact = Artefact::SharedObject;
     Kind kind = Kind::Desktop;
     double version = 2013.03;
-    /// The file to load; empty: PictureQVR.so beside the running executable, or
-    /// ../macos-i386/PictureQVR.bundle/Contents/MacOS/PictureQVR from there. A folder "X.bundle" is taken
-    /// too.
+    /// The file to load; empty: the one that `defaultPluginPath` finds. A folder "X.bundle" is taken too.
     std::string plugin;
     /// Takes the copy of the plug-in that an earlier host with this switch has left, if there is one, with
     /// its variables as they were when it had just been loaded. Loading takes far longer than anything else.
