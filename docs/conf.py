@@ -19,7 +19,6 @@ nitpicky = True
 highlight_language = "text"
 
 html_theme = "furo"
-html_title = "PictureQVR"
 html_static_path = ["static"]
 html_css_files = ["pages.css"]
 html_js_files = ["navigation.js", "slider.js"]

@@ -5,12 +5,18 @@ set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR i386)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
+include(${CMAKE_CURRENT_LIST_DIR}/requirements.cmake)
+find_program(PICTUREQVR_COMPILER clang++-14)
+require("${PICTUREQVR_COMPILER}" clang++-14 clang-14)
+# The last lld that links i386 for the Mac. It cannot relocate symbol stubs or pointers between object files:
+# ARCHITECTURE.md says what follows from that.
+find_program(PICTUREQVR_MACOS_LINKER ld64.lld.darwinold HINTS /usr/lib/llvm-13/bin)
+require("${PICTUREQVR_MACOS_LINKER}" ld64.lld.darwinold lld-13)
+stop_if_anything_is_missing()
+
 set(CMAKE_CXX_COMPILER clang++-14)
 set(CMAKE_CXX_COMPILER_TARGET i386-apple-macosx10.6)
 
-# The last lld that links i386 for the Mac. It cannot relocate symbol stubs or pointers between object files:
-# ARCHITECTURE.md says what follows from that.
-find_program(PICTUREQVR_MACOS_LINKER ld64.lld.darwinold HINTS /usr/lib/llvm-13/bin REQUIRED)
 file(GLOB PICTUREQVR_MACOS_STUBS ${CMAKE_CURRENT_LIST_DIR}/macos/*.yaml)
 list(JOIN PICTUREQVR_MACOS_STUBS " " PICTUREQVR_MACOS_STUBS)
 set(CMAKE_CXX_CREATE_SHARED_MODULE

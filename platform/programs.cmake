@@ -1,5 +1,17 @@
 # Everything around the plug-in: the stand-in host, the program on top of it, the tests and benchmarks.
 
+include(platform/requirements.cmake)
+require_header(CLI/CLI.hpp libcli11-dev)
+require_header(kainjow/mustache.hpp libkainjow-mustache-dev)
+require_header(nlohmann/json.hpp nlohmann-json3-dev)
+require_header(rapidxml/rapidxml.hpp librapidxml-dev)
+require_header(stb/stb_image.h libstb-dev)
+require_header(tao/pegtl.hpp tao-pegtl-dev)
+# GoogleTest comes as source, since no 32-bit library packages are to be had.
+set(GTEST_SOURCE /usr/src/googletest CACHE PATH "GoogleTest's source tree")
+require_file(${GTEST_SOURCE}/CMakeLists.txt googletest)
+stop_if_anything_is_missing()
+
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PICTUREQVR_OUTPUT_DIRECTORY})
 
 # "## [1.0.0] - 2026-01-31"
@@ -30,3 +42,4 @@ foreach(folder host media script cli tests soak bench fuzz)
         add_subdirectory(${PROJECT_SOURCE_DIR}/${folder} ${PROJECT_BINARY_DIR}/${folder})
     endif()
 endforeach()
+include(platform/package/install.cmake)

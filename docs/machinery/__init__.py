@@ -24,7 +24,9 @@ logger = logging.getLogger(__name__)
 
 
 def _take_version(app: Sphinx, config: Config) -> None:
-    config["version"] = config["release"] = Setting.of(config).program.version()
+    version = Setting.of(config).program.version()
+    config["version"] = config["release"] = version
+    config["html_title"] = f"{config.project} {version}"
 
 
 def _link_included_files(
