@@ -7,6 +7,10 @@ require_header(nlohmann/json.hpp nlohmann-json3-dev)
 require_header(rapidxml/rapidxml.hpp librapidxml-dev)
 require_header(stb/stb_image.h libstb-dev)
 require_header(tao/pegtl.hpp tao-pegtl-dev)
+require_header(zlib.h lib32z1-dev)
+# Only this library of the system comes for 32-bit programs, and it is linked in, so that the programs need nothing else.
+find_library(PICTUREQVR_ZLIB libz.a PATHS /usr/lib32 /usr/lib/i386-linux-gnu NO_DEFAULT_PATH)
+require("${PICTUREQVR_ZLIB}" "32-bit libz.a" lib32z1-dev)
 # GoogleTest comes as source, since no 32-bit library packages are to be had.
 set(GTEST_SOURCE /usr/src/googletest CACHE PATH "GoogleTest's source tree")
 require_file(${GTEST_SOURCE}/CMakeLists.txt googletest)

@@ -49,7 +49,9 @@ TEST_P(Installation, PutsEverythingWhereADistributionWould)
 {
     install();
     for (const char* file :
-         {"bin/pictureqvr", "lib/pictureqvr/PictureQVR.so", "share/doc/pictureqvr/CHANGELOG.md",
+         {"bin/pictureqvr", "lib/pictureqvr/PictureQVR.so", "share/man/man1/pictureqvr.1",
+          "share/bash-completion/completions/pictureqvr", "share/zsh/site-functions/_pictureqvr",
+          "share/fish/vendor_completions.d/pictureqvr.fish", "share/doc/pictureqvr/CHANGELOG.md",
           "share/doc/pictureqvr/examples/InvertQVR.bas", "share/doc/pictureqvr/third-party-notices.txt"})
         EXPECT_TRUE(fs::is_regular_file(prefix / file)) << file;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(prefix))
@@ -119,8 +121,9 @@ TEST_P(Requirements, LibrariesAreNamedWithTheirPackages)
         cmake + " -S " + project + " -B . -G Ninja --toolchain " + project +
             "/platform/linux-i386.cmake -D CMAKE_IGNORE_PATH=/usr/include -D GTEST_SOURCE=/nowhere",
         "CLI/CLI.hpp, kainjow/mustache.hpp, nlohmann/json.hpp, rapidxml/rapidxml.hpp, stb/stb_image.h, "
-        "tao/pegtl.hpp, /nowhere/CMakeLists.txt. On Debian: apt install libcli11-dev "
-        "libkainjow-mustache-dev nlohmann-json3-dev librapidxml-dev libstb-dev tao-pegtl-dev googletest");
+        "tao/pegtl.hpp, zlib.h, /nowhere/CMakeLists.txt. On Debian: apt install libcli11-dev "
+        "libkainjow-mustache-dev nlohmann-json3-dev librapidxml-dev libstb-dev tao-pegtl-dev lib32z1-dev "
+        "googletest");
 }
 
 } // namespace

@@ -1,11 +1,6 @@
 # Run by CPack when all files are in place. Whoever makes the archives, and when and where, they are the same byte for byte:
 # sorted, of the day of the release, and of nobody. CPack's own archives have the order and the times of the disk.
 
-file(STRINGS ${CPACK_CHANGELOG} release REGEX "^## \\[${CPACK_PACKAGE_VERSION}\\] - [0-9-]+$")
-if(NOT release)
-    message(FATAL_ERROR "CHANGELOG.md has no line \"## [${CPACK_PACKAGE_VERSION}] - DATE\"")
-endif()
-string(REGEX REPLACE ".* " "" date ${release})
 # Zip archives hold local times.
 set(ENV{TZ} UTC)
 set(ENV{LC_ALL} C)
@@ -32,7 +27,7 @@ function(run)
     execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${staged} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 file(REMOVE ${archive}.zip ${archive}.tar.gz)
-run(touch --no-create --date ${date} ${paths})
+run(touch --no-create --date ${CPACK_RELEASE_DATE} ${paths})
 run(tar --create --file ${archive}.tar --format ustar --owner 0 --group 0 --numeric-owner --files-from ${archive}.list)
 run(gzip --no-name ${archive}.tar)
 run(zip -q -X ${archive}.zip -@ INPUT_FILE ${archive}.list)

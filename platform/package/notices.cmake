@@ -7,7 +7,8 @@ set(in_programs
     "libstb-dev" "reads, writes and scales images"
     "libstdc++-12-dev" "the standard library, with its parts of the compiler's own"
     "nlohmann-json3-dev" "writes JSON"
-    "tao-pegtl-dev" "reads programs")
+    "tao-pegtl-dev" "reads programs"
+    "zlib1g-dev" "compresses PNG files")
 set(in_pages
     "alsa-utils" "the sound that waveforms are drawn of"
     "furo" "how the pages look"

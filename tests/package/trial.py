@@ -121,8 +121,20 @@ class Trial(unittest.TestCase):
         self.assertGreaterEqual(len(commands), 3)
         for command in commands:
             output_of("sh", "-c", command, folder=self.top)
-        for path in re.findall(r"^\| `([^`]*)` \|", text, re.MULTILINE):
-            self.assertTrue((self.top / path).exists(), path)
+        for row in re.findall(r"^\| (`.*`) \|", text, re.MULTILINE):
+            for path in re.findall("`([^`]*)`", row):
+                self.assertTrue((self.top / path).exists(), path)
+
+    def test_the_manual_page_and_completions_are_of_this_program(self):
+        program = self.top / "bin/pictureqvr"
+        for path, arguments in {
+            "man/man1/pictureqvr.1": ["man"],
+            "bash-completion/completions/pictureqvr": ["completion", "bash"],
+            "zsh/site-functions/_pictureqvr": ["completion", "zsh"],
+            "fish/vendor_completions.d/pictureqvr.fish": ["completion", "fish"],
+        }.items():
+            self.assertEqual((self.top / "share" / path).read_text(), output_of(program, *arguments))
+        self.assertIn(VERSION, output_of(program, "man"))
 
     def test_pages_are_whole_and_tell_the_version(self):
         pages = self.top / DOCUMENTS / "html"
