@@ -129,7 +129,9 @@ void filter(const HostChoice& choice, const FilterRequest& request)
     if (request.output.pattern.empty())
         return run(tasks.front());
     // Settings that are wrong are so for all.
-    Filter(choice, request, host);
+    {
+        const Filter trial(choice, request, host);
+    }
     std::vector<Job> jobs;
     for (const Task& task : tasks)
         jobs.push_back({task.inputs.front(), [&run, &task] { run(task); }});

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <unistd.h>
 
 namespace cli
@@ -77,10 +78,10 @@ std::vector<std::string> outputsOf(const Task& task)
 
 void checkPlaces(const std::vector<Task>& tasks, bool force)
 {
-    std::map<std::string, std::size_t> readers;
+    std::map<std::string, std::set<std::size_t>> readers;
     for (std::size_t index = 0; index < tasks.size(); ++index)
         for (const std::string& input : tasks[index].inputs)
-            readers.emplace(placeOf(input), index);
+            readers[placeOf(input)].insert(index);
     std::map<std::string, std::size_t> writers;
     std::vector<std::string> existing;
     std::size_t count = 0;
@@ -97,8 +98,8 @@ void checkPlaces(const std::vector<Task>& tasks, bool force)
                             (writer->second == index ? ""
                                                      : ", for " + tasks[writer->second].inputs.front() +
                                                            " and for " + tasks[index].inputs.front()));
-            const auto reader = readers.find(place);
-            if (reader != readers.end() && reader->second != index)
+            readers[place].erase(index);
+            if (!readers[place].empty())
                 throw Error(output + " would be written for " + tasks[index].inputs.front() +
                             ", and is to be read too");
             if (fs::exists(output))
@@ -263,7 +264,7 @@ void writePicture(const OutputChoice& choice, const std::string& path, const sta
         (sourceHadAlpha || (!keepsAlpha && script::isTranslucent(picture))))
         warn((sourceHadAlpha ? "the alpha of " + source->path : "the alpha") + " is not in " + path + ", " +
                  (keepsAlpha ? reasonAgainstAlpha(picture, *source) : "whose format has none") +
-                 "; --opaque is to say so",
+                 "; --opaque drops it without a word",
              choice.quiet);
     media::Encoding encoding;
     encoding.jpegQuality = choice.quality.value_or(encoding.jpegQuality);

@@ -43,7 +43,7 @@ struct OutputChoice
 /// One call: what it reads, and where its result goes.
 struct Task
 {
-    std::vector<std::string> inputs;
+    std::vector<std::string> inputs;          ///< those of the command line, then those that the call names
     std::string output;                       ///< "-": standard output; empty: nowhere
     std::map<std::string, std::string> saves; ///< files that get a variable, by its name
 };

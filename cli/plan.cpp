@@ -129,7 +129,12 @@ std::vector<Task> Plan::tasks(const std::vector<std::string>& files, const std::
     // The last one may well be meant as an output.
     else if (files.size() == 2 && files.back() != standardStream && !std::filesystem::exists(files.back()))
         throw Error(name + " makes no picture that could be written to " + files.back());
-    return tasksFor(files, pattern, saves);
+    std::vector<Task> result = tasksFor(files, pattern, saves);
+    for (Task& task : result)
+        for (const script::NamedPlace& file : call.fileNames)
+            if (!fileNumber(file.name))
+                task.inputs.push_back(file.name);
+    return result;
 }
 
 Task Plan::single(std::vector<std::string> files) const

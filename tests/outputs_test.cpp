@@ -201,6 +201,8 @@ TEST_P(Outputs, OfTwoFilesNeverGoToOne)
     expectFailure("apply InvertQVR a.tga --to x.png --save red=./x.png", "x.png would be written twice");
     // Which comes first nobody knows.
     expectFailure("apply InvertQVR b.tga more/a.tga --to 'link/a.{ext}' --force", "would be written");
+    expectFailure("apply 'MergePictureQVR(photo, @b.tga)' a.tga b.tga --to '{name}.{ext}' --force",
+                  "b.tga would be written for b.tga, and is to be read too");
     expectFailure("apply InvertQVR b.tga a.tga --to 'c{number}.tga' --save red=a.tga --force",
                   "a.tga would be written");
 }
@@ -373,15 +375,17 @@ TEST_P(Outputs, ComeWithAWarningWhereAlphaIsLost)
     };
     expectWarning("apply InvertQVR sheer.tga out.jpg",
                   "the alpha of sheer.tga is not in out.jpg, whose format has "
-                  "none; --opaque is to say so");
+                  "none; --opaque drops it without a word");
     expectWarning("apply InvertQVR sheer.tga a.tga --to '{name}.jpg'",
-                  "the alpha of sheer.tga is not in sheer.jpg, whose format has none; --opaque is to say so");
+                  "the alpha of sheer.tga is not in sheer.jpg, whose format has none; --opaque drops it "
+                  "without a word");
     expectSuccess("apply 'PicturetoBinaryStringQVR(@1)' b.tga b.bin");
-    expectWarning("apply 'BinaryStringtoPictureQVR(@b.bin).ReplaceRedChannelQVR(photo)' sheer.tga cut.png",
-                  "the alpha of sheer.tga is not in cut.png, which has another size; --opaque is to say so");
     expectWarning(
-        "--storage gworld24 apply InvertQVR sheer.tga thin.png",
-        "the alpha of sheer.tga is not in thin.png, as its storage had none; --opaque is to say so");
+        "apply 'BinaryStringtoPictureQVR(@b.bin).ReplaceRedChannelQVR(photo)' sheer.tga cut.png",
+        "the alpha of sheer.tga is not in cut.png, which has another size; --opaque drops it without a word");
+    expectWarning("--storage gworld24 apply InvertQVR sheer.tga thin.png",
+                  "the alpha of sheer.tga is not in thin.png, as its storage had none; --opaque drops it "
+                  "without a word");
     expectSuccess("apply InvertQVR sheer.tga opaque.jpg --opaque");
     expectSuccess("apply InvertQVR sheer.tga quiet.jpg --quiet");
 }
