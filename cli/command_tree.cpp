@@ -91,9 +91,15 @@ bool takesValue(const CLI::Option& option)
     return option.get_items_expected_max() > 0;
 }
 
-std::vector<std::string> valuesOf(const CLI::Option& option)
+std::string typeOf(const CLI::Option& option)
 {
     const std::string type = option.get_type_name();
+    return type.substr(0, type.find(':'));
+}
+
+std::vector<std::string> valuesOf(const CLI::Option& option)
+{
+    const std::string type = typeOf(option);
     if (type.find('|') == std::string::npos)
         return {};
     return CLI::detail::split(type, '|');

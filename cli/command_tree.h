@@ -20,6 +20,8 @@ std::vector<const CLI::Option*> positionalsOf(const CLI::App& command);
 std::string namesOf(const CLI::Option& option);
 /// Whether a value follows its name.
 bool takesValue(const CLI::Option& option);
+/// What an option takes, such as "FILE", without the limits that its values are checked for.
+std::string typeOf(const CLI::Option& option);
 /// The values that an option takes when they are a few words, as its type "mac|linux" says.
 std::vector<std::string> valuesOf(const CLI::Option& option);
 /// "apply [OPTIONS] CALL [FILES...]".

@@ -26,6 +26,10 @@ void addHelp(CLI::App& app, const HostChoice& choice);
 /// Runs the examples and writes index.html with their pictures into a folder, which is made if need be. Tells
 /// on stderr how far it is.
 void addDemo(CLI::App& app, const HostChoice& choice);
+/// Tells what the plug-in is, what it needs and what it uses.
+void addInfo(CLI::App& app, const HostChoice& choice);
+/// Tells what is wrong with a build of the plug-in.
+void addCheck(CLI::App& app, const HostChoice& choice);
 /// Prints scripts that let shells complete command lines.
 void addCompletion(CLI::App& app);
 /// Answers what those scripts ask: what could come next on a line whose last word is being written.

@@ -1,6 +1,7 @@
 // Shells ask the program itself what could come next, so that what they offer is what it understands.
 #include "cli/command_tree.h"
 #include "cli/commands.h"
+#include "cli/suggestions.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -143,7 +144,9 @@ private:
 
     void suggest(const std::string& word, const std::string& meaning)
     {
-        if (startsWith(word, current))
+        // Forms of a method come one after the other.
+        const bool isRepeated = !result.candidates.empty() && result.candidates.back().word == word;
+        if (!isRepeated && startsWith(word, current))
             result.candidates.push_back({word, meaning});
     }
 
@@ -157,8 +160,7 @@ private:
     /// The option's type says what it takes, or the name of what stands without a dash.
     void suggestValues(const CLI::Option& option, const std::string& before, const std::string& begun)
     {
-        const std::string kind =
-            option.get_positional() ? option.get_name(true) : std::string(option.get_type_name());
+        const std::string kind = option.get_positional() ? option.get_name(true) : typeOf(option);
         const std::vector<std::string> values = valuesOf(option);
         for (const std::string& value : values)
             suggest(before + value, "");
@@ -188,24 +190,12 @@ private:
     void suggestNames(const std::string& kind)
     {
         const standin::Host host(chosenOptions());
-        const standin::Registered& registered = host.registered();
-        std::string before;
-        const auto suggestOnce = [&](const std::string& name) {
-            if (name != before)
-                suggest(name, "");
-            before = name;
-        };
         if (kind != "CLASS")
-        {
-            for (const standin::RegisteredClass& extension : registered.extensions)
-                for (const standin::RegisteredMethod& method : extension.methods)
-                    suggestOnce(method.declaration.name);
-            for (const standin::RegisteredMethod& method : registered.globals)
-                suggestOnce(method.declaration.name);
-        }
+            for (const std::string& name : methodNames(host.registered()))
+                suggest(name, "");
         if (kind != "CALL")
-            for (const standin::RegisteredClass& definition : registered.classes)
-                suggestOnce(definition.name);
+            for (const std::string& name : classNames(host.registered()))
+                suggest(name, "");
     }
 
     /// Of the class that the line has named.

@@ -1,10 +1,10 @@
 #include "cli/host_choice.h"
 
+#include "host/loaders/plugin_file.h"
+
 #include <CLI/CLI.hpp>
 
-#include <array>
 #include <filesystem>
-#include <fstream>
 
 namespace cli
 {
@@ -13,14 +13,6 @@ namespace
 {
 
 using standin::Artefact;
-
-/// What a file is, by its first bytes; what is no ELF file is left to the bundle's loader to judge.
-Artefact artefactOf(const std::string& path)
-{
-    std::array<char, 4> magic{};
-    std::ifstream(path, std::ios::binary).read(magic.data(), magic.size());
-    return magic == std::array{'\x7F', 'E', 'L', 'F'} ? Artefact::SharedObject : Artefact::MacBundle;
-}
 
 /// An option that takes one of an enumeration's names, in any case.
 template <class Enum, class Target>
@@ -71,7 +63,7 @@ standin::Options HostChoice::options() const
     if (artefact)
         options.artefact = *artefact;
     else if (!plugin.empty())
-        options.artefact = artefactOf(plugin);
+        options.artefact = standin::artefactOf(plugin);
     else
         options.artefact = std::filesystem::exists(standin::defaultPluginPath(Artefact::MacBundle))
                                ? Artefact::MacBundle

@@ -30,8 +30,9 @@ Environment:
   PICTUREQVR_PLUGIN  the plug-in to load where --plugin names none
 
 Files:
-  ../macos-i386/PictureQVR.bundle  the Mac bundle, seen from the program's folder: loaded where it is there
-  PictureQVR.so                    the Linux shared object beside the program: loaded otherwise
+  PictureQVR.bundle  the Mac bundle, which is loaded where it is there: in the program's folder, or seen from there in
+                     ../lib/pictureqvr, .. or ../macos-i386
+  PictureQVR.so      the Linux shared object, in the same places
 )";
 
 /// Says first what there is to be done.
@@ -92,6 +93,8 @@ int main(int argumentCount, char** arguments)
     cli::addFilter(app, choice);
     cli::addRun(app, choice);
     cli::addDemo(app, choice);
+    cli::addInfo(app, choice);
+    cli::addCheck(app, choice);
     cli::addCompletion(app);
     cli::addMan(app);
     for (CLI::App* command : app.get_subcommands({}))

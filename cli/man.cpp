@@ -98,7 +98,7 @@ std::string bold(const std::string& text)
 void printOption(const CLI::Option& option)
 {
     std::string term = bold(option.get_positional() ? option.get_name(true) : namesOf(option));
-    if (const std::string type = option.get_type_name(); takesValue(option) && !type.empty())
+    if (const std::string type = typeOf(option); takesValue(option) && !type.empty())
         term += " \\fI" + escaped(type) + "\\fR";
     std::string meaning = ended(option.get_description());
     if (!option.get_default_str().empty())

@@ -194,8 +194,8 @@ void OutputChoice::addOptions(CLI::App& command)
         ->type_name("PATTERN")
         ->group(group);
     command.add_flag("--force", force, "Overwrite files that exist")->group(group);
-    command.add_option("--format", format, "png, jpeg, bmp, tga or pnm (default: as the name ends)")
-        ->type_name("NAME")
+    command.add_option("--format", format, "How the results are stored (default: as the name ends)")
+        ->type_name("png|jpeg|bmp|tga|pnm")
         ->group(group);
     command.add_option("--quality", quality, "Of JPEG, 1 to 100 (default: 85)")
         ->check(CLI::Range(lowestQuality, highestQuality))

@@ -14,11 +14,14 @@ void readSharedObject(std::vector<std::uint8_t> content)
 {
     const standin::ElfFile file(std::move(content), "plugin.so");
     file.symbolAddress(variable);
+    file.exports();
+    file.imports();
     file.variables();
 }
 
 void readBundle(std::vector<std::uint8_t> content)
 {
+    standin::MachOFile({content, "plugin"}).exports();
     const standin::MachOImage image({std::move(content), "plugin"});
     fuzz::expect(image.entryPoint() != nullptr, "an image without an entry point");
     image.initialisers();

@@ -125,6 +125,11 @@ const std::vector<std::string>& Host::lookups() const
     return core->lookups;
 }
 
+bool Host::lacks(const std::string& name) const
+{
+    return core->lacking.contains(name);
+}
+
 int Host::lookups(const std::string& name) const
 {
     const auto found = core->lookupCounts.find(name);

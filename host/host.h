@@ -109,6 +109,8 @@ public:
     /// Every function that the plug-in asked for (the resolver, by declaration, of the framework), in the
     /// order of the first time.
     const std::vector<std::string>& lookups() const;
+    /// Whether the host had nothing under that name when it was asked.
+    bool lacks(const std::string& name) const;
     /// How often it asked for that one.
     int lookups(const std::string& name) const;
     /// A 32-bit variable of the plug-in's own by its C name, for switches that only tests turn; null when its

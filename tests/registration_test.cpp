@@ -1,12 +1,16 @@
 // The catalogue as it reaches the host: every declaration, in order, in the layout and with the flags that
 // the host's version wants.
+#include "host/calls/catalogue.h"
 #include "host/file.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_host.h"
 
 #include <algorithm>
-#include <iterator>
+#include <functional>
 #include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -19,66 +23,6 @@ class Registration : public ArtefactTest
 {
 };
 ON_EVERY_ARTEFACT(Registration);
-
-struct Row
-{
-    const char* declaration;
-    bool onConsoles;
-    bool assignable = false;
-};
-
-// clang-format off
-const Row pictureRows[] = {
-    {"ColornessQVR(threshold as integer = 10) as double", false, false},
-    {"ScrollVerticalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
-    {"ScrollHorizontalQVR(delta as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
-    {"ScrollQVR(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean", false, false},
-    {"HasMaskQVR as boolean", true, false},
-    {"ChangeContrastBrightnessAbsoluteQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
-    {"ChangeContrastBrightnessLinearQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
-    {"ChangeContrastBrightnessAbsoluteQVR(Contrast as double, Brightness as double) as picture", true, false},
-    {"ChangeContrastBrightnessLinearQVR(Contrast as double, Brightness as double) as picture", true, false},
-    {"ChangeBrightnessAbsoluteQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
-    {"ChangeBrightnessLinearQVR(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", true, false},
-    {"ChangeBrightnessAbsoluteQVR(Brightness as double) as picture", true, false},
-    {"ChangeBrightnessLinearQVR(Brightness as double) as picture", true, false},
-    {"ChangeContrastQVR(Contrast as double) as picture", true, false},
-    {"ChangeContrastQVR(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture", true, false},
-    {"ChangeCustomQVR(a as double, b as double) as picture", true, false},
-    {"InvertQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
-    {"InvertQVR as picture", true, false},
-    {"InvertGrayQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
-    {"InvertGrayQVR as picture", true, false},
-    {"ExtractColorRectangleMaskQVR(left as integer,top as integer,width as integer,height as integer) as picture", true, false},
-    {"ExtractColorRectangleMaskQVR as picture", true, false},
-    {"EmbeddedMaskQVR(swap as boolean) as picture", true, true},
-    {"CountColorQVR(col as color) as integer", true, false},
-    {"CountColorsQVR(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, byref count as integer)", false, false},
-    {"TransformColorsQVR(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as picture", false, false},
-    {"ReplaceColorQVR(SearchColor as color, ReplaceWithColor as color) as picture", false, false},
-    {"ExtractColorQVR(SearchColor as color, ReplaceWithColor as color, BackGroundColor as color) as picture", false, false},
-    {"ChangeSaturationQVR(Amount as integer) as picture", true, false},
-    {"ReplaceRedChannelQVR(RedChannel as picture) as picture", true, false},
-    {"ReplaceGreenChannelQVR(GreenChannel as picture) as picture", true, false},
-    {"ReplaceBlueChannelQVR(BlueChannel as picture) as picture", true, false},
-    {"FindPictureQVR(pic as picture, byref x as integer, byref y as integer) as boolean", true, false},
-    {"isWhiteQVR as boolean", true, false},
-    {"isWhiteQVR(left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
-    {"isBlackQVR as boolean", true, false},
-    {"isBlackQVR(left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
-    {"isGrayQVR(tolerance as integer = 0) as boolean", true, false},
-    {"isGrayQVR(tolerance as integer, left as integer,top as integer,width as integer,height as integer) as boolean", true, false},
-};
-
-const Row globalRows[] = {
-    {"BinaryStringtoPictureQVR(data as String) as Picture", true},
-    {"PicturetoBinaryStringQVR(p as picture) as string", true},
-    {"CombinePicturesQVR(red as picture, blue as picture, green as picture) as picture", true},
-    {"MergePictureQVR(source1 as picture, source2 as picture) as picture", true},
-    {"TintPictureQVR(source as picture, GreyBase as color, SepiaBase as color) as picture", true},
-    {"RenderSamplesQVR(Samples as memoryblock, SampleCount as integer, Smooth as integer, Width as integer, Height as integer, outlinewidth as integer, BackColor as color=&c88B5C4, ForeColor as color=&c274C5A, OutLineColor as color=&c203F4E, Bits as Integer = 8, AutoScale as boolean = false) as Picture", true},
-};
-// clang-format on
 
 struct Version
 {
@@ -109,67 +53,41 @@ void forEachVersion(standin::Artefact artefact, Test test, SourceLine line = Sou
 
 using Lines = std::vector<std::string>;
 
-/// All that the host is told of a method, on one line.
-std::string lineOf(const std::string& declaration, std::uint32_t flags, bool assignable)
+/// The catalogue's lines, as a host with this flag for consoles sees them.
+Lines catalogue(std::uint32_t consoleFlag)
 {
-    return declaration + " [flags " + std::to_string(flags) + (assignable ? ", assignable]" : "]");
-}
-
-template <std::size_t size>
-Lines linesOf(const Row (&rows)[size], std::uint32_t consoleFlag)
-{
+    static const std::string mark = ", on consoles";
+    std::istringstream text{standin::readText(std::string(build::sourceDirectory) + "/cli/catalogue.txt")};
     Lines lines;
-    for (const Row& row : rows)
-        lines.push_back(lineOf(row.declaration, row.onConsoles ? consoleFlag : 0, row.assignable));
+    for (std::string line; std::getline(text, line);)
+    {
+        if (line.starts_with('#'))
+            continue;
+        // Classes themselves have always had the flag.
+        if (line.starts_with(' ') && line.ends_with(mark) && consoleFlag == 0)
+            line.erase(line.size() - mark.size());
+        lines.push_back(line);
+    }
     return lines;
 }
 
-Lines linesOf(const std::vector<RegisteredMethod>& methods)
+/// Those of one class, extension or of all global methods, with their heading.
+Lines partOf(const Lines& lines, const std::string& heading)
 {
-    Lines lines;
-    for (const RegisteredMethod& method : methods)
-        lines.push_back(lineOf(method.text, method.flags, method.setter != nullptr));
-    return lines;
+    Lines part;
+    bool inside = false;
+    for (const std::string& line : lines)
+    {
+        if (!line.starts_with(' '))
+            inside = line.starts_with(heading);
+        if (inside)
+            part.push_back(line);
+    }
+    return part;
 }
 
-/// The lines of one list that another one lacks.
-Lines without(Lines lines, Lines others)
+void expectHandlers(const std::vector<RegisteredMethod>& methods)
 {
-    std::sort(lines.begin(), lines.end());
-    std::sort(others.begin(), others.end());
-    Lines result;
-    std::set_difference(lines.begin(), lines.end(), others.begin(), others.end(), std::back_inserter(result));
-    return result;
-}
-
-/// How two lists differ, one difference on each line; nothing when they are the same.
-std::string difference(const Lines& wanted, const Lines& got)
-{
-    std::string text;
-    for (const std::string& line : without(wanted, got))
-        text += "\n  missing:    " + line;
-    for (const std::string& line : without(got, wanted))
-        text += "\n  unexpected: " + line;
-    if (text.empty())
-        for (std::size_t i = 0; i < wanted.size(); ++i)
-            if (wanted[i] != got[i])
-                return "\n  row " + std::to_string(i + 1) + " wanted: " + wanted[i] + "\n  row " +
-                       std::to_string(i + 1) + " got:    " + got[i];
-    return text;
-}
-
-void expectLines(const Lines& wanted, const Lines& got, const std::string& what)
-{
-    const std::string text = difference(wanted, got);
-    if (!text.empty())
-        FAIL() << what << " are not those of this test's catalogue:" << text;
-}
-
-template <std::size_t size>
-void expectRows(const std::vector<RegisteredMethod>& methods, const Row (&rows)[size],
-                std::uint32_t consoleFlag, const std::string& what)
-{
-    expectLines(linesOf(rows, consoleFlag), linesOf(methods), what);
     std::set<void*> handlers;
     for (const RegisteredMethod& method : methods)
     {
@@ -181,46 +99,14 @@ void expectRows(const std::vector<RegisteredMethod>& methods, const Row (&rows)[
     }
 }
 
+void expectPart(const standin::Registered& registered, std::uint32_t consoleFlag, const std::string& heading)
+{
+    EXPECT_EQ(partOf(standin::catalogueLines(registered), heading), partOf(catalogue(consoleFlag), heading));
+}
+
 void expectGlobals(const standin::Registered& registered, std::uint32_t consoleFlag)
 {
-    expectRows(registered.globals, globalRows, consoleFlag, "The global methods");
-}
-
-void expectPictureMethods(const standin::Registered& registered, std::uint32_t consoleFlag)
-{
-    expectRows(registered.extensions.at(0).methods, pictureRows, consoleFlag, "The methods of Picture");
-}
-
-/// A field that the host reads and writes by itself.
-struct Field
-{
-    const char* name;
-    const char* type;
-    int offset;
-};
-
-/// Compares a class's fields, and the names and types of the properties with accessors that follow them.
-template <std::size_t size>
-void expectProperties(const RegisteredClass& definition, const Field (&fields)[size], const Lines& accessed,
-                      std::uint32_t flags)
-{
-    Lines wanted;
-    for (const Field& field : fields)
-        wanted.push_back(std::string(field.name) + " as " + field.type + " at " +
-                         std::to_string(field.offset));
-    wanted.insert(wanted.end(), accessed.begin(), accessed.end());
-    Lines got;
-    for (const RegisteredProperty& property : definition.properties)
-        got.push_back(property.name + " as " + property.type +
-                      (property.isField() ? " at " + std::to_string(property.parameter) : ""));
-    expectLines(wanted, got, "The properties of " + definition.name);
-    for (const RegisteredProperty& property : definition.properties)
-    {
-        SCOPED_TRACE(property.name);
-        EXPECT_FALSE(property.group.has_value());
-        EXPECT_EQ(property.flags, flags);
-        EXPECT_EQ(property.isField(), reinterpret_cast<std::intptr_t>(property.setter) == -1);
-    }
+    expectPart(registered, consoleFlag, "global");
 }
 
 /// What all three definitions have in common.
@@ -236,6 +122,13 @@ void expectDefinition(const RegisteredClass& definition, int layout)
         EXPECT_EQ(definition.words[word], 0U) << "word " << word;
     EXPECT_EQ(definition.definition->hostWord, definition.hostWord)
         << "the host's word must stay where it was written";
+    for (const RegisteredProperty& property : definition.properties)
+    {
+        EXPECT_FALSE(property.group.has_value()) << property.name;
+        EXPECT_EQ(property.isField(), reinterpret_cast<std::intptr_t>(property.setter) == -1)
+            << property.name;
+    }
+    expectHandlers(definition.methods);
 }
 
 TEST_P(Registration, AnnouncesTheLayoutThatTheHostUnderstands)
@@ -250,69 +143,117 @@ TEST_P(Registration, AnnouncesTheLayoutThatTheHostUnderstands)
     });
 }
 
-TEST_P(Registration, ListsEveryMethodInOrder)
+TEST_P(Registration, ListsTheWholeCatalogueInOrder)
 {
     forEachVersion(artefact(), [](TestHost& host, const Version& version) {
-        const RegisteredClass& extension = host.registered().extensions.front();
-        EXPECT_EQ(extension.name, "Picture");
+        const standin::Registered& registered = host.registered();
+        ASSERT_EQ(standin::registrationFaults(registered, version.host, catalogue(4)), Lines{});
+        EXPECT_EQ(standin::catalogueLines(registered), catalogue(version.consoleFlag));
+        expectHandlers(registered.globals);
+        for (const RegisteredMethod& method : registered.globals)
+            EXPECT_EQ(method.flags, version.consoleFlag) << method.text;
+        const RegisteredClass& extension = registered.extensions.front();
         EXPECT_EQ(extension.dataSize, 0);
         EXPECT_EQ(extension.flags, 4U);
         EXPECT_EQ(extension.constructor, nullptr);
         EXPECT_EQ(extension.destructor, nullptr);
         EXPECT_TRUE(extension.properties.empty());
-        expectPictureMethods(host.registered(), version.consoleFlag);
-        expectGlobals(host.registered(), version.consoleFlag);
     });
 }
 
-TEST_P(Registration, DescribesTheSepiaClass)
+TEST_P(Registration, ClassesCloseWithTheirDestructors)
 {
-    constexpr Field fields[] = {{"SourcePicture", "Picture", 24}, {"DestinationPicture", "Picture", 28},
-                                {"MaxX", "Integer", 40},          {"MinX", "Integer", 32},
-                                {"MaxY", "Integer", 44},          {"MinY", "Integer", 36},
-                                {"SepiaRed", "Integer", 48},      {"SepiaGreen", "Integer", 52},
-                                {"SepiaBlue", "Integer", 56}};
-    constexpr Row methods[] = {{"Close", false}, {"Run as boolean", false}};
-    forEachVersion(artefact(), [&](TestHost& host, const Version&) {
-        const RegisteredClass& sepia = host.registered().classes.at(0);
-        EXPECT_EQ(sepia.name, "PictureSepiaQVR");
-        EXPECT_EQ(sepia.dataSize, 64);
-        EXPECT_EQ(sepia.flags, 0U);
-        expectProperties(sepia, fields,
-                         {"FactorRed as Double", "FactorBlue as Double", "FactorGreen as Double"}, 0);
+    forEachVersion(artefact(), [](TestHost& host, const Version&) {
+        for (const RegisteredClass& filter : host.registered().classes)
+        {
+            SCOPED_TRACE(filter.name);
+            EXPECT_EQ(filter.methods.at(0).text, "Close");
+            EXPECT_EQ(filter.methods[0].handler, filter.destructor);
+            EXPECT_NE(filter.constructor, nullptr);
+            EXPECT_NE(filter.destructor, nullptr);
+        }
+    });
+}
+
+TEST_P(Registration, EachPropertyHasAccessorsOfItsOwn)
+{
+    forEachVersion(artefact(), [](TestHost& host, const Version&) {
         std::set<void*> accessors;
-        for (const RegisteredProperty& property : sepia.properties)
+        for (const RegisteredProperty& property : host.registered().findClass("PictureSepiaQVR")->properties)
             if (!property.isField())
                 accessors.insert({addressOf(property.getter), addressOf(property.setter)});
         EXPECT_EQ(accessors.size(), 6U);
-
-        expectRows(sepia.methods, methods, 0, "The methods of the sepia class");
-        EXPECT_EQ(sepia.methods[0].handler, sepia.destructor);
-        EXPECT_NE(sepia.constructor, nullptr);
-        EXPECT_NE(sepia.destructor, nullptr);
     });
 }
 
-TEST_P(Registration, DescribesTheTableClass)
+/// What is planted in a registration, and what is said about it.
+struct Plant
 {
-    constexpr Field fields[] = {{"SourcePicture", "Picture", 0}, {"DestinationPicture", "Picture", 4},
-                                {"MaxX", "Integer", 16},         {"MinX", "Integer", 8},
-                                {"MaxY", "Integer", 20},         {"MinY", "Integer", 12}};
-    constexpr Row methods[] = {
-        {"Close", true},
-        {"Run as boolean", true},
-        {"Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double", true, true}};
-    forEachVersion(artefact(), [&](TestHost& host, const Version& version) {
-        const RegisteredClass& lut = host.registered().classes.at(1);
-        EXPECT_EQ(lut.name, "PictureLut3DQVR");
-        EXPECT_EQ(lut.dataSize, 140000);
-        EXPECT_EQ(lut.flags, 4U);
-        expectProperties(lut, fields, {}, version.consoleFlag);
-        expectRows(lut.methods, methods, version.consoleFlag, "The methods of the table class");
-        EXPECT_EQ(lut.methods[0].handler, lut.destructor);
-        EXPECT_NE(lut.constructor, nullptr);
-        EXPECT_NE(lut.destructor, nullptr);
-    });
+    std::function<void(standin::Registered&)> change;
+    std::string fault;
+};
+
+TEST_P(Registration, FaultsInWhatIsRegisteredAreNamed)
+{
+    const std::vector<Plant> plants{
+        {[](auto& all) { all.globals.erase(all.globals.begin() + 2); },
+         "missing: global: method CombinePicturesQVR(red as picture, blue as picture, green as picture) as "
+         "picture, on consoles"},
+        {[](auto& all) {
+             all.extensions[0].methods.push_back(all.extensions[0].methods[4]);
+             all.extensions[0].methods.back().handler = all.classes[0].constructor;
+         },
+         "superfluous: extension Picture: method HasMaskQVR as boolean, on consoles"},
+        {[](auto& all) { all.extensions[0].methods[4].flags = 0; },
+         "wrong: extension Picture: method HasMaskQVR as boolean (wanted: extension Picture: method "
+         "HasMaskQVR as boolean, on consoles)"},
+        {[](auto& all) { all.classes[0].properties[3].flags = 64; },
+         "wrong: class PictureSepiaQVR: field MinX as Integer at 32, flags 64 (wanted: class "
+         "PictureSepiaQVR: "
+         "field MinX as Integer at 32)"},
+        {[](auto& all) { std::swap(all.globals[0], all.globals[1]); },
+         "out of order: global: method PicturetoBinaryStringQVR(p as picture) as string, on consoles "
+         "(wanted: "
+         "global: method BinaryStringtoPictureQVR(data as String) as Picture, on consoles)"},
+        {[](auto& all) { all.classes[1].methods[2].setter = nullptr; },
+         "wrong: class PictureLut3DQVR: method Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as "
+         "double, on consoles (wanted: class PictureLut3DQVR: method Table(r as UInt32, g as UInt32, b as "
+         "UInt32, x as UInt32) as double, assignable, on consoles)"},
+        {[](auto& all) { all.classes[0].dataSize = 60; },
+         "wrong: class PictureSepiaQVR, 60 bytes (wanted: class PictureSepiaQVR, 64 bytes)"},
+        {[](auto& all) { all.announcedVersions = {10}; },
+         "the plug-in announces layout 10, where 12 is the newest"},
+        {[](auto& all) { all.announcedVersions.clear(); }, "the plug-in announces no layout"},
+        {[](auto& all) { all.classes[0].version = 9; }, "PictureSepiaQVR is of layout 9"},
+        {[](auto& all) { all.classes[0].superName = "Object"; }, "PictureSepiaQVR has a super class"},
+        {[](auto& all) { all.classes[0].words[15] = 1; }, "PictureSepiaQVR has something in word 15"},
+        {[](auto& all) { all.classes[0].hostWord = 1; },
+         "PictureSepiaQVR has lost the word that the host wrote"},
+        {[](auto& all) { all.classes[0].constructor = nullptr; }, "PictureSepiaQVR has no constructor"},
+        {[](auto& all) { all.extensions[0].destructor = all.classes[0].destructor; },
+         "Picture has a destructor"},
+        {[](auto& all) { all.classes[0].sharedMethods = all.globals; }, "PictureSepiaQVR has shared members"},
+        {[](auto& all) { all.classes[0].properties[0].group = "Group"; },
+         "PictureSepiaQVR.SourcePicture is in a group"},
+        {[](auto& all) { all.classes[0].properties[0].setter = all.classes[0].destructor; },
+         "PictureSepiaQVR.SourcePicture is half a field and half an accessor"},
+        {[](auto& all) { all.classes[0].properties[9].getter = nullptr; },
+         "PictureSepiaQVR.FactorRed lacks an accessor"},
+        {[](auto& all) { all.globals[0].attributeCount = 1; },
+         "BinaryStringtoPictureQVR(data as String) as Picture has attributes"},
+        {[](auto& all) { all.extensions[0].methods[0].handler = nullptr; },
+         "ColornessQVR(threshold as integer = 10) as double has no handler"},
+        {[](auto& all) { all.extensions[0].methods[4].handler = all.extensions[0].methods[0].handler; },
+         "HasMaskQVR as boolean has another method's handler"},
+    };
+    const TestHost host{hostSetup(artefact())};
+    for (const Plant& plant : plants)
+    {
+        standin::Registered registered = host.registered();
+        plant.change(registered);
+        EXPECT_EQ(standin::registrationFaults(registered, host.options().version, catalogue(4)),
+                  Lines{plant.fault});
+    }
 }
 
 TEST_P(Registration, TheReadmeCountsWhatIsRegistered)
@@ -384,7 +325,7 @@ TEST_P(Registration, AHostWithoutVersionIsAnOldOne)
 {
     TestHost host{hostSetup(artefact()).without({"REALGetRBVersion"})};
     EXPECT_EQ(host.registered().announcedVersions, std::vector<int>{9});
-    expectPictureMethods(host.registered(), 0);
+    expectPart(host.registered(), 0, "extension Picture");
     expectGlobals(host.registered(), 0);
 }
 

@@ -142,6 +142,8 @@ const std::map<std::string, Lines> offers{
     {"--host d", {"desktop"}},
     {"list --storage gworld3", {"gworld32"}},
     {"apply isG", {"isGrayQVR"}},
+    {"apply --format p", {"png", "pnm"}},
+    {"apply --quality ''", {}},
     {"apply --mask x.png picturetob", {"PicturetoBinaryStringQVR"}},
     {"help PictureL", {"PictureLut3DQVR"}},
     {"filter ''", {"PictureSepiaQVR", "PictureLut3DQVR"}},

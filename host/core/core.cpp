@@ -121,6 +121,7 @@ void Core::rewind()
     callLog.clear();
     lookups.clear();
     lookupCounts.clear();
+    lacking.clear();
     takeBack();
     faultTexts.clear();
 }
@@ -166,15 +167,17 @@ void Core::loadCopy()
 
 void* Core::resolve(const char* name)
 {
-    const std::string wanted = name == nullptr ? "" : name;
-    return isOffered(wanted) ? findHostFunction(wanted) : nullptr;
+    return offer(name == nullptr ? "" : name, findHostFunction);
 }
 
-bool Core::isOffered(const std::string& function)
+void* Core::offer(const std::string& function, const std::function<void*(std::string_view name)>& find)
 {
     if (lookupCounts[function]++ == 0)
         lookups.push_back(function);
-    return !options.absent.contains(function);
+    void* found = options.absent.contains(function) ? nullptr : find(function);
+    if (found == nullptr)
+        lacking.insert(function);
+    return found;
 }
 
 void Core::insert(std::unique_ptr<Object> object)

@@ -139,8 +139,9 @@ public:
     void log(std::string call);
     Ledger takeLedger() const;
     void* resolve(const char* name);
-    /// Notes that the plug-in has asked for a function, and tells whether the host is to have it.
-    bool isOffered(const std::string& function);
+    /// Notes that the plug-in has asked for a function, and gives what `find(name)` does, unless the host is
+    /// not to have it.
+    void* offer(const std::string& function, const std::function<void*(std::string_view name)>& find);
 
     void* symbol(std::string_view name) const
     {
@@ -158,6 +159,7 @@ public:
     std::vector<std::string> callLog;
     std::vector<std::string> lookups; ///< every name that was asked for, in the order of the first time
     std::map<std::string, int> lookupCounts;
+    std::set<std::string> lacking; ///< those of them that were not to be had
     std::vector<std::string> faultTexts;
     std::exception_ptr pendingError;   ///< thrown by a service, to be thrown again outside of the plug-in
     ExceptionObject* raised = nullptr; ///< a held reference

@@ -19,6 +19,9 @@ ElfFile::ElfFile(std::vector<std::uint8_t> content, const std::string& path) : i
         throw Error(path + ": built for another processor; a 32-bit x86 shared object is needed");
     if (header.e_type != ET_DYN)
         throw Error(path + ": no shared object");
+    // The linker reads no sections, but their headers are the last that a file has.
+    if (header.e_shoff + std::uint64_t{header.e_shnum} * sizeof(Elf32_Shdr) > image.size())
+        throw Error(path + ": truncated");
     forEachSegment([&](bool inside, const Elf32_Phdr& segment) {
         if (!inside ||
             (segment.p_type == PT_LOAD && std::uint64_t{segment.p_offset} + segment.p_filesz > image.size()))
@@ -61,6 +64,16 @@ void ElfFile::forEachSection(Visit visit) const
             visit(header, section);
 }
 
+std::string ElfFile::text(std::uint64_t offset) const
+{
+    constexpr std::uint64_t longest = 1000;
+    const std::uint64_t end = std::min<std::uint64_t>(image.size(), offset + longest);
+    std::string result;
+    for (; offset < end && image[static_cast<std::size_t>(offset)] != 0; ++offset)
+        result += static_cast<char>(image[static_cast<std::size_t>(offset)]);
+    return result;
+}
+
 bool ElfFile::textStarts(std::uint64_t offset, std::string_view start) const
 {
     return offset + start.size() <= image.size() &&
@@ -73,25 +86,53 @@ bool ElfFile::textIs(std::uint64_t offset, std::string_view text) const
            image[static_cast<std::size_t>(offset + text.size())] == 0;
 }
 
-std::uint32_t ElfFile::symbolAddress(std::string_view name) const
+template <class Visit>
+void ElfFile::forEachSymbol(std::uint32_t tableType, Visit visit) const
 {
-    std::uint32_t found = 0;
     bool searched = false;
     forEachSection([&](const Elf32_Ehdr& header, const Elf32_Shdr& table) {
         Elf32_Shdr names{};
         // A file has one such table only.
-        if (searched || table.sh_type != SHT_SYMTAB ||
+        if (searched || table.sh_type != tableType ||
             !read(names, header.e_shoff + std::uint64_t{table.sh_link} * sizeof names))
             return;
         searched = true;
         Elf32_Sym symbol{};
-        for (std::uint64_t at = 0;
-             found == 0 && at + sizeof symbol <= table.sh_size && read(symbol, table.sh_offset + at);
+        for (std::uint64_t at = 0; at + sizeof symbol <= table.sh_size && read(symbol, table.sh_offset + at);
              at += sizeof symbol)
-            if (textIs(std::uint64_t{names.sh_offset} + symbol.st_name, name))
-                found = symbol.st_value;
+            visit(symbol, std::uint64_t{names.sh_offset});
+    });
+}
+
+std::uint32_t ElfFile::symbolAddress(std::string_view name) const
+{
+    std::uint32_t found = 0;
+    forEachSymbol(SHT_SYMTAB, [&](const Elf32_Sym& symbol, std::uint64_t names) {
+        if (found == 0 && textIs(names + symbol.st_name, name))
+            found = symbol.st_value;
     });
     return found;
+}
+
+std::vector<std::string> ElfFile::exports() const
+{
+    std::vector<std::string> exported;
+    forEachSymbol(SHT_DYNSYM, [&](const Elf32_Sym& symbol, std::uint64_t names) {
+        if (symbol.st_shndx != SHN_UNDEF && ELF32_ST_BIND(symbol.st_info) != STB_LOCAL)
+            exported.push_back(text(names + symbol.st_name));
+    });
+    return exported;
+}
+
+std::vector<std::string> ElfFile::imports() const
+{
+    std::vector<std::string> imported;
+    forEachSymbol(SHT_DYNSYM, [&](const Elf32_Sym& symbol, std::uint64_t names) {
+        // Weak ones may stay without an address.
+        if (symbol.st_shndx == SHN_UNDEF && ELF32_ST_BIND(symbol.st_info) == STB_GLOBAL)
+            imported.push_back(text(names + symbol.st_name));
+    });
+    return imported;
 }
 
 std::vector<ElfFile::Range> ElfFile::variables() const

@@ -30,6 +30,9 @@ public:
     }
     /// The address of a symbol, those included that are not exported; 0 when there is none.
     std::uint32_t symbolAddress(std::string_view name) const;
+    /// The names of the symbols that the file offers to others, and of those that others must offer.
+    std::vector<std::string> exports() const;
+    std::vector<std::string> imports() const;
     /// The memory that can be written to when the linker is done, without what instruments count in.
     std::vector<Range> variables() const;
 
@@ -40,6 +43,11 @@ private:
     void forEachSegment(Visit visit) const;
     template <class Visit>
     void forEachSection(Visit visit) const;
+    /// Calls `visit(symbol, names)` for all of the table of that type; names begin at that place of the file.
+    template <class Visit>
+    void forEachSymbol(std::uint32_t tableType, Visit visit) const;
+    /// The beginning of a text in a damaged file, which may go on for ever.
+    std::string text(std::uint64_t offset) const;
     bool textIs(std::uint64_t offset, std::string_view text) const;
     bool textStarts(std::uint64_t offset, std::string_view start) const;
 

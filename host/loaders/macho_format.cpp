@@ -88,6 +88,19 @@ bool MachOBytes::textIs(std::uint64_t offset, std::string_view wanted) const
            *range(offset + wanted.size(), 1) == 0;
 }
 
+std::string MachOBytes::text(std::uint64_t offset) const
+{
+    constexpr std::size_t longest = 1000;
+    std::string result;
+    while (const std::uint8_t character = *range(offset++, 1))
+    {
+        result += static_cast<char>(character);
+        if (result.size() > longest)
+            fail("damaged: a name goes on for ever");
+    }
+    return result;
+}
+
 void MachOBytes::fail(const std::string& what) const
 {
     throw Error(path + ": " + what);
@@ -517,6 +530,20 @@ std::uint32_t MachOFile::exportedAddress(std::string_view name) const
         if (!descended)
             return 0;
     }
+}
+
+std::vector<std::string> MachOFile::exports() const
+{
+    constexpr unsigned external = 0x01;
+    constexpr unsigned hiddenOrDebugging = 0xF0;
+    std::vector<std::string> names;
+    for (std::uint32_t index = 0; index < symbolTable.symbolCount; ++index)
+    {
+        const auto symbol = image.read<Symbol>(symbolTable.symbols + std::uint64_t{index} * sizeof(Symbol));
+        if (symbol.section != 0 && (symbol.type & (external | hiddenOrDebugging)) == external)
+            names.push_back(image.text(std::uint64_t{symbolTable.strings} + symbol.name));
+    }
+    return names;
 }
 
 std::uint32_t MachOFile::symbolAddress(std::string_view name) const

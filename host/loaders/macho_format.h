@@ -32,6 +32,8 @@ public:
     {
         return bytes.size();
     }
+    /// The text there, up to its zero.
+    std::string text(std::uint64_t offset) const;
     /// Throws an Error about this file.
     [[noreturn]] void fail(const std::string& what) const;
 
@@ -89,6 +91,8 @@ public:
     /// Where the words lie that hold addresses of functions to run first.
     std::vector<std::uint32_t> initialiserAddresses() const;
 
+    /// The names of the symbols that the file offers to others.
+    std::vector<std::string> exports() const;
     /// Address of an exported symbol, of any symbol; 0 when there is none.
     std::uint32_t exportedAddress(std::string_view name) const;
     std::uint32_t symbolAddress(std::string_view name) const;

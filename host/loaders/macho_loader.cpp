@@ -1,8 +1,7 @@
 #include "host/file.h"
 #include "host/loaders/macho_image.h"
 #include "host/loaders/plugin.h"
-
-#include <filesystem>
+#include "host/loaders/plugin_file.h"
 
 namespace standin
 {
@@ -42,10 +41,7 @@ private:
 
 std::unique_ptr<Plugin> loadMachO(const std::string& path)
 {
-    const std::filesystem::path given(path);
-    const bool isBundleFolder = std::filesystem::is_directory(given);
-    return std::make_unique<MachOPlugin>(isBundleFolder ? (given / "Contents/MacOS" / given.stem()).string()
-                                                        : path);
+    return std::make_unique<MachOPlugin>(machineCodeOf(path));
 }
 
 } // namespace standin

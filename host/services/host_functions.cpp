@@ -63,9 +63,9 @@ struct DeclaredMethod
 
 void* findDeclared(Core& core, const DeclaredMethod& method, const char* declaration)
 {
-    const bool found = declaration != nullptr && std::string_view(declaration) == method.declaration &&
-                       core.isOffered(method.entry.name);
-    return found ? method.entry.address : nullptr;
+    if (declaration == nullptr || std::string_view(declaration) != method.declaration)
+        return nullptr;
+    return core.offer(method.entry.name, [&](std::string_view) { return method.entry.address; });
 }
 
 } // namespace

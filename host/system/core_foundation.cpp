@@ -84,9 +84,9 @@ void* findFunction(Core& core, CFBundleRef bundle, CFStringRef name)
 {
     const auto* object = core.expect<BundleObject>(bundle, "CFBundleGetFunctionPointerForName");
     const std::string function = stringOf(core, name, "CFBundleGetFunctionPointerForName");
-    if (object == nullptr || !object->loaded || !core.isOffered(function))
+    if (object == nullptr || !object->loaded)
         return nullptr;
-    return findQuickDrawFunction(function);
+    return core.offer(function, findQuickDrawFunction);
 }
 
 void releaseObject(Core& core, CFTypeRef object)

@@ -1,7 +1,8 @@
 /// \file
-/// Calls of everything that the plug-in has registered, made from the registration itself.
+/// Every call that the plug-in has registered, with arguments and outcomes for tests.
 #pragma once
 
+#include "host/every_call.h"
 #include "tests/reference/picture.h"
 #include "tests/support/test_host.h"
 
@@ -10,33 +11,9 @@
 #include <utility>
 #include <vector>
 
-/// Makes an argument: of the parameter's or property's name ("self" for the picture that a method belongs to,
-/// "" for an assigned value), of its type, at its position.
-using ArgumentMaker =
-    std::function<standin::Value(standin::Host&, const std::string& name, standin::Type type, int position)>;
-
-/// A call with all that it needs.
-struct PreparedCall
-{
-    /// Does the call once. An assignment gives the picture assigned to.
-    std::function<standin::Value()> run;
-    /// What has been left in variables and in the filter's "DestinationPicture", by name.
-    std::function<std::vector<std::pair<std::string, standin::Value>>()> leavings;
-};
-
-/// A call that can be made.
-struct RegisteredCall
-{
-    /// The declaration, with the class in front and what is done with it behind.
-    std::string text;
-    standin::Type result = standin::Type::Nothing;
-    /// Makes the arguments; a filter is made and given all its properties.
-    std::function<PreparedCall(standin::Host&, const ArgumentMaker&)> prepare;
-};
-
-/// Every method called, every assignable one assigned to; every filter made, every accessor of it used, every
-/// method called, and let go.
-std::vector<RegisteredCall> everyCall(const standin::Registered& registered);
+using standin::everyCall;
+using standin::PreparedCall;
+using standin::RegisteredCall;
 
 /// Arguments that lead into the loops, with every picture made by `makePicture`.
 class TellingArguments
