@@ -73,7 +73,7 @@ public:
           host(callHost),
           task(callTask),
           // What is a file shall hold nothing but the picture.
-          lines(task.output == standardStream ? std::cerr : std::cout),
+          lines(writesToStandardOutput(task) ? std::cerr : std::cout),
           prefix(isOneOfMany ? task.inputs.front() + ": " : "")
     {
     }

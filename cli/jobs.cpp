@@ -58,11 +58,11 @@ private:
     const int descriptor;
 };
 
-/// The message begins with the file, once.
+/// The message, with the file that it is about in it.
 std::string about(const std::string& name, const std::string& message)
 {
-    return "pictureqvr: " + (message.find(name) == std::string::npos ? name + ": " + message : message) +
-           "\n";
+    const bool isNamed = message.find(name + ":") != std::string::npos;
+    return "pictureqvr: " + (isNamed ? message : name + ": " + message) + "\n";
 }
 
 /// What a job has come to.

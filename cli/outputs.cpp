@@ -185,24 +185,24 @@ void OutputChoice::addOptions(CLI::App& command)
     constexpr int lowestQuality = 1;
     constexpr int highestQuality = 100;
     constexpr int highestCompression = 9;
+    constexpr unsigned mostJobs = 1000;
     const std::string group = "Output";
     command
-        .add_option(
-            "--to", pattern,
-            "Where the results of many files go: {name}, {ext} and {number} are each file's name, ending and "
-            "place in the line")
+        .add_option("--to", pattern,
+                    "Takes many files: where their results go. {name}, {ext} and {number} are a file's name "
+                    "without its ending, the ending, and its place in the line")
         ->type_name("PATTERN")
         ->group(group);
     command.add_flag("--force", force, "Overwrite files that exist")->group(group);
-    command.add_option("--format", format, "How the results are stored (default: as the name ends)")
+    command.add_option("--format", format, "How results are stored (default: as their names end)")
         ->type_name("png|jpeg|bmp|tga|pnm")
         ->group(group);
     command.add_option("--quality", quality, "Of JPEG, 1 to 100 (default: 85)")
-        ->check(CLI::Range(lowestQuality, highestQuality))
+        ->check(CLI::Range(lowestQuality, highestQuality).description(""))
         ->type_name("NUMBER")
         ->group(group);
-    command.add_option("--compress", compression, "PNG: 0 is fast, 9 small (default: 6)")
-        ->check(CLI::Range(0, highestCompression))
+    command.add_option("--compress", compression, "Of PNG, 0 is fast and 9 small (default: 6)")
+        ->check(CLI::Range(0, highestCompression).description(""))
         ->type_name("NUMBER")
         ->group(group);
     CLI::Option& alphaFlag =
@@ -210,7 +210,7 @@ void OutputChoice::addOptions(CLI::App& command)
              ->group(group);
     command.add_flag("--opaque", opaque, "Never store alpha")->excludes(&alphaFlag)->group(group);
     command.add_option("--jobs", jobs, "Files at a time (default: one for each processor)")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(1U, mostJobs).description(""))
         ->type_name("NUMBER")
         ->group(group);
     CLI::Option& quietFlag =
@@ -237,15 +237,26 @@ std::vector<Task> tasksFor(const std::vector<std::string>& inputs, const std::st
     return tasks;
 }
 
+bool writesToStandardOutput(const Task& task)
+{
+    const std::vector<std::string> outputs = outputsOf(task);
+    return std::find(outputs.begin(), outputs.end(), standardStream) != outputs.end();
+}
+
 void checkOutputs(const std::vector<Task>& tasks, const OutputChoice& choice, bool pictures)
 {
+    std::ptrdiff_t streams = 0;
     for (const Task& task : tasks)
     {
         if (pictures && !task.output.empty())
             checkFormat(choice, task.output);
-        if (task.output == standardStream && isatty(STDOUT_FILENO) != 0)
-            throw Error("standard output is a terminal; lead it elsewhere, such as > out.png");
+        const std::vector<std::string> outputs = outputsOf(task);
+        streams += std::count(outputs.begin(), outputs.end(), standardStream);
     }
+    if (streams > 1)
+        throw Error("standard output takes one result");
+    if (streams == 1 && isatty(STDOUT_FILENO) != 0)
+        throw Error("standard output is a terminal; lead it elsewhere, such as > out.png");
     checkPlaces(tasks, choice.force);
     if (tasks.size() > 1 || !choice.pattern.empty())
         for (const Task& task : tasks)

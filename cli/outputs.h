@@ -48,6 +48,9 @@ struct Task
     std::map<std::string, std::string> saves; ///< files that get a variable, by its name
 };
 
+/// Whether nothing else may go there.
+bool writesToStandardOutput(const Task& task);
+
 /// A task for each of many files. `saves` are patterns, too.
 std::vector<Task> tasksFor(const std::vector<std::string>& inputs, const std::string& pattern,
                            const std::map<std::string, std::string>& saves);

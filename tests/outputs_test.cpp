@@ -50,14 +50,30 @@ protected:
         return contentsOf(folder / name);
     }
 
-    /// Files of a megabyte have room, in the shell's blocks, and the plug-in's copy with them.
-    const std::string littleRoom = "ulimit -f 2048; ";
+    /// What a file can be as large as on a nearly full disk: as large as the copy that is loaded of the
+    /// plug-in.
+    static std::uintmax_t room()
+    {
+        constexpr std::uintmax_t tolerance = 65536;
+        return fs::file_size(hostSetup(standin::Artefact::SharedObject).options.plugin) + tolerance;
+    }
+
+    /// Such a disk, for the rest of a shell's line.
+    static std::string littleRoom()
+    {
+        constexpr std::uintmax_t block = 512;
+        return "ulimit -f " + std::to_string(room() / block) + "; ";
+    }
+
+    /// It is half as large again as there is room, in every format that compresses nothing but repetitions.
     static std::string largePicture()
     {
+        constexpr int width = 500;
+        const auto height = static_cast<int>(room() / (2 * width));
         std::vector<Rgb> pixels;
-        for (int index = 0; index < 700 * 600; ++index)
+        for (int index = 0; index < width * height; ++index)
             pixels.push_back({static_cast<std::uint8_t>(index), 2, 3});
-        return tga(700, 600, pixels);
+        return tga(width, height, pixels);
     }
 
     /// What the program prints with a terminal in the place of all its streams.
@@ -135,7 +151,7 @@ TEST_P(Outputs, OfOtherFilesGoOnWhenAProcessIsStopped)
 {
     write("large.tga", largePicture());
     const Outcome result =
-        runInShell(littleRoom + "pictureqvr apply InvertQVR large.tga a.tga --to 'out/{name}.bmp'");
+        runInShell(littleRoom() + "pictureqvr apply InvertQVR large.tga a.tga --to 'out/{name}.bmp'");
     EXPECT_EQ(result.code, failure);
     EXPECT_EQ(result.errors,
               "pictureqvr: large.tga: stopped: File size limit exceeded\npictureqvr: 1 of 2 files failed\n");
@@ -214,7 +230,7 @@ TEST_P(Outputs, OfTheInputLeaveItWholeOnAFullDisk)
     const std::vector<std::string> before = namesIn(".");
     for (const char* meanwhile : {"trap '' XFSZ;", ""})
     {
-        const Outcome result = runInShell(littleRoom + std::string(meanwhile) +
+        const Outcome result = runInShell(littleRoom() + std::string(meanwhile) +
                                           " pictureqvr apply InvertQVR o.tga o.tga --force");
         EXPECT_NE(result.code, success);
         EXPECT_TRUE(bytesOf("o.tga") == large);
@@ -434,6 +450,12 @@ TEST_P(Outputs, ToStandardOutputAreNothingButThePicture)
     write("out.png", result.output);
     EXPECT_THAT(pixelsOf("out.png"), ElementsAre(255, 255, 255, 255, 10, 20, 30, 255));
     EXPECT_NE(runInShell("pictureqvr apply InvertQVR a.tga - --format png >/dev/full").code, success);
+    const Outcome saved =
+        run("apply 'CountColorsQVR(red, green, blue, n)' a.tga --save red=- --save green=g --save "
+            "blue=b");
+    EXPECT_EQ(saved.output.size(), 1024U);
+    EXPECT_EQ(saved.errors, "n = 2\n");
+    expectFailure("apply InvertQVR a.tga b.tga --to - --format png", "standard output takes one result");
 }
 
 TEST_P(Outputs, AreStoredAsChosen)
