@@ -19,8 +19,10 @@ set(CMAKE_CXX_COMPILER_TARGET i386-apple-macosx10.6)
 
 file(GLOB PICTUREQVR_MACOS_STUBS ${CMAKE_CURRENT_LIST_DIR}/macos/*.yaml)
 list(JOIN PICTUREQVR_MACOS_STUBS " " PICTUREQVR_MACOS_STUBS)
+# Between two constants it writes whatever memory it was given; the C library can fill that with zeros.
 set(CMAKE_CXX_CREATE_SHARED_MODULE
-    "${PICTUREQVR_MACOS_LINKER} -arch i386 -macosx_version_min 10.6 -sdk_version 10.6 -bundle \
+    "<CMAKE_COMMAND> -E env MALLOC_PERTURB_=255 \
+${PICTUREQVR_MACOS_LINKER} -arch i386 -macosx_version_min 10.6 -sdk_version 10.6 -bundle \
 -exported_symbols_list ${CMAKE_CURRENT_LIST_DIR}/macos/exports.txt \
 <OBJECTS> ${PICTUREQVR_MACOS_STUBS} -o <TARGET>")
 
