@@ -103,6 +103,10 @@ class Trial(unittest.TestCase):
             with Image.open(self.empty / "photo.png") as photo, Image.open(result) as negative:
                 self.assertEqual(negative.convert("RGB").tobytes(), ImageChops.invert(photo).tobytes())
 
+    def test_nothing_is_wrong_with_either_artefact(self):
+        for artefact in ("PictureQVR.bundle", "lib/pictureqvr/PictureQVR.so"):
+            output_of(self.top / "bin/pictureqvr", "check", self.top / artefact, folder=self.empty)
+
     def test_the_program_works_where_it_is_copied_to(self):
         prefix = self.empty / "usr local"
         for name in ("bin", "lib", "share"):
