@@ -35,6 +35,13 @@ if(PICTUREQVR_SANITIZE)
 endif()
 # For what is waited for more often than it runs.
 set(COMPILED_QUICKLY -O0)
+# Of a template's copies in several objects the linker keeps the first. Libraries come before a program's own objects
+# here, so that what is compiled quickly does not replace what is compiled well.
+function(prefer_code_of program)
+    list(TRANSFORM ARGN REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE archives)
+    list(JOIN archives "," archives)
+    target_link_options(${program} PRIVATE "LINKER:--whole-archive,${archives},--no-whole-archive")
+endfunction()
 # Nothing in an object is to depend on when and in which folder its precompiled header was made.
 add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
 set(CMAKE_CXX_COMPILE_OPTIONS_USE_PCH -Xclang -include-pch -Xclang <PCH_FILE>)
