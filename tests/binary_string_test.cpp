@@ -244,7 +244,7 @@ TEST_P(BinaryString, RandomStringsEqualTheReference)
         TestHost host{setup};
         Random random{83};
         int pictures = 0;
-        for (int i = 0; i < 3000; ++i)
+        for (int i = 0; i < affordable(3000); ++i)
         {
             const auto number = [&random](std::uint32_t likely) {
                 return random.onceIn(6) ? static_cast<std::uint32_t>(random.coordinate(40)) : likely;

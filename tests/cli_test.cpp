@@ -214,8 +214,7 @@ TEST_P(Cli, CallsInChains)
     expectSuccess("apply 'ChangeContrastQVR(0.3 * 2 - 0.6)' photo.tga out.png");
     expectPixels("out.png", 2, 2, photo);
     expectSuccess("apply photo.Width photo.tga", "2\n");
-    expectSuccess("apply 'InvertQVR.FindPictureQVR(InvertQVR(1, 0, 1, 1), x, y)' photo.tga",
-                  "false\n");
+    expectSuccess("apply 'InvertQVR.FindPictureQVR(InvertQVR(1, 0, 1, 1), x, y)' photo.tga", "false\n");
     expectSuccess("filter PictureSepiaQVR photo.tga out.png --set filter.SepiaRed=2*20 --set SepiaGreen=20 "
                   "--set SepiaBlue=-20 --set FactorRed=0.0 --set FactorBlue=0.0 --set FactorGreen=0.0");
     expectPixels("out.png", 2, 2, std::vector<Rgb>(4, Rgb{40, 20, 0}));
@@ -488,6 +487,35 @@ protected:
         return found;
     }
 
+    /// Every picture of the demo's page has its size and is told in words.
+    void expectPicturesInWords(const std::string& html) const
+    {
+        EXPECT_THAT(html, HasSubstr("<img src=\"original.png\" width=\"96\" height=\"80\" "
+                                    "alt=\"The photograph, unchanged\""));
+        const std::vector<std::string> figures = allBetween(html, "<figure>", "</figure>");
+        EXPECT_GT(figures.size(), 60U);
+        for (const std::string& figure : figures)
+        {
+            const std::string file = allBetween(figure, "src=\"", "\"").at(0);
+            const media::Image image = media::readImage((folder / "page" / file).string(), 3);
+            EXPECT_EQ(allBetween(figure, " width=\"", "\"").at(0), std::to_string(image.width)) << file;
+            EXPECT_EQ(allBetween(figure, " height=\"", "\"").at(0), std::to_string(image.height)) << file;
+            const std::string caption = allBetween(figure, "<b>", "</b>").at(0);
+            const std::string words = allBetween(figure, " alt=\"", "\"").at(0);
+            EXPECT_GT(words.size(), 10U) << file;
+            EXPECT_THAT(words, Not(HasSubstr(caption)));
+        }
+        const media::Image negative = media::readImage((folder / "page" / "InvertQVR.png").string(), 3);
+        const std::vector<std::uint8_t> firstPixel(negative.bytes.begin(), negative.bytes.begin() + 3);
+        EXPECT_THAT(firstPixel, testing::ElementsAre(255, 255, 255));
+
+        const std::string chart = allBetween(html, "<svg", "</svg>").at(0);
+        for (const char* part :
+             {"role=\"img\" aria-label=\"Histogram of the levels 0 to 255: red has level ", "class=\"axis\"",
+              ">red</text>", ">green</text>", ">blue</text>", ">level</text>", ">pixels</text>"})
+            EXPECT_THAT(chart, HasSubstr(part));
+    }
+
     static constexpr int width = 96;
     static constexpr int height = 80;
 };
@@ -531,36 +559,7 @@ TEST_P(Demo, ShowsEverythingRegistered)
         for (const std::string& time : times)
             EXPECT_THAT(time, testing::MatchesRegex("below 1 µs|[1-9][0-9]* µs|[1-9][0-9]*\\.[0-9]+ ms"));
     }
-}
-
-TEST_P(Demo, ShowsPicturesWithTheirSizesAndInWords)
-{
-    EXPECT_EQ(makePage().code, success);
-    const std::string html = page();
-    EXPECT_THAT(html, HasSubstr("<img src=\"original.png\" width=\"96\" height=\"80\" "
-                                "alt=\"The photograph, unchanged\""));
-    const std::vector<std::string> figures = allBetween(html, "<figure>", "</figure>");
-    EXPECT_GT(figures.size(), 60U);
-    for (const std::string& figure : figures)
-    {
-        const std::string file = allBetween(figure, "src=\"", "\"").at(0);
-        const media::Image image = media::readImage((folder / "page" / file).string(), 3);
-        EXPECT_EQ(allBetween(figure, " width=\"", "\"").at(0), std::to_string(image.width)) << file;
-        EXPECT_EQ(allBetween(figure, " height=\"", "\"").at(0), std::to_string(image.height)) << file;
-        const std::string caption = allBetween(figure, "<b>", "</b>").at(0);
-        const std::string words = allBetween(figure, " alt=\"", "\"").at(0);
-        EXPECT_GT(words.size(), 10U) << file;
-        EXPECT_THAT(words, Not(HasSubstr(caption)));
-    }
-    const media::Image negative = media::readImage((folder / "page" / "InvertQVR.png").string(), 3);
-    const std::vector<std::uint8_t> firstPixel(negative.bytes.begin(), negative.bytes.begin() + 3);
-    EXPECT_THAT(firstPixel, testing::ElementsAre(255, 255, 255));
-
-    const std::string chart = allBetween(html, "<svg", "</svg>").at(0);
-    for (const char* part :
-         {"role=\"img\" aria-label=\"Histogram of the levels 0 to 255: red has level ", "class=\"axis\"",
-          ">red</text>", ">green</text>", ">blue</text>", ">level</text>", ">pixels</text>"})
-        EXPECT_THAT(chart, HasSubstr(part));
+    expectPicturesInWords(html);
 }
 
 TEST_P(Demo, TellsWhichExamplesFail)

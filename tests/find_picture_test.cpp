@@ -226,7 +226,7 @@ TEST_P(FindPicture, EqualsTheReferenceOnLargerPictures)
     std::uint32_t seed = 70;
     forEachHostAndLoop(artefact(), [&](TestHost& host) {
         Random random{++seed};
-        for (int i = 0; i < 60; ++i)
+        for (int i = 0; i < affordable(60); ++i)
         {
             // Mostly blank, with some dots.
             reference::Picture self{random.between(20, 150), random.between(20, 90)};

@@ -241,7 +241,7 @@ TEST_P(Waveform, EqualsTheReference)
         // The host's own lines are for another test.
         host.setAbsent("RuntimeGraphicsDrawLine");
         static const std::vector<int> smoothings{-1, 0, 1, 2, 3, 7, 20, -2, -3, most, most - 1, least};
-        for (int i = 0; i < 500; ++i)
+        for (int i = 0; i < affordable(500); ++i)
         {
             WaveformSettings settings;
             const Bytes samples =
