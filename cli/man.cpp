@@ -73,7 +73,7 @@ std::string upperCase(std::string text)
     return text;
 }
 
-std::string ended(std::string text)
+std::string ended(const std::string& text)
 {
     return text.ends_with('.') ? text : text + ".";
 }

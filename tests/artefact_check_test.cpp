@@ -21,12 +21,9 @@ namespace
 namespace fs = std::filesystem;
 using standin::Artefact;
 using testing::Contains;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::Not;
-using testing::StartsWith;
 
 class Check : public ProgramTest
 {

@@ -21,7 +21,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-using testing::StartsWith;
 
 using Lines = std::vector<std::string>;
 
@@ -165,8 +164,9 @@ protected:
         std::filesystem::create_directory(folder / "folder");
     }
 
-    /// Asks a shell, whose program is given the line's words in the place of "WORDS".
-    void expectOffers(const std::string& shell, std::string program, const std::string& folderEnd = "") const
+    /// Runs a program of a shell, whose arguments are the words of a line.
+    void expectOffers(const std::string& shell, const std::string& program,
+                      const std::string& folderEnd = "") const
     {
         if (!has(shell))
             GTEST_SKIP() << "there is no " << shell << " here";
