@@ -24,7 +24,8 @@ namespace
 
 constexpr const char* applyNotes = R"(
 CALL is one call, or one assignment, of the host's language (docs/language.md), in which @FILE stands for a file as
-whatever is declared there: an image as picture, a sound (.wav, PCM) as memoryblock, bytes as string.
+whatever is declared there: an image as picture; the samples of a sound (.wav, PCM) as memoryblock, or the bytes of a file
+named .raw, .dat or .bin; bytes as string. @raw:FILE takes the bytes of any file.
 FILES are the picture that the method belongs to, which CALL can name "photo" (none for global methods), and what the call
 names as @1, @2 ...; one more is the output: the resulting picture or string, or the picture itself as the call has left
 it. With --to all files are inputs, each of a call of its own. Booleans, numbers and byref variables are printed; such

@@ -1,9 +1,10 @@
-// Files that users give to the command line: sounds in WAV files of any bytes, and images that were written
-// before.
+// Files that users give to the command line: sounds in WAV files of any bytes, images that were written
+// before, and what image files of any bytes say of their pictures.
 #include "fuzz/expect.h"
 #include "fuzz/input.h"
 #include "media/image.h"
-#include "script/files.h"
+#include "media/metadata.h"
+#include "media/sound.h"
 
 namespace
 {
@@ -14,10 +15,17 @@ using standin::Error;
 void readSound(Input& input)
 {
     const std::span<const std::uint8_t> file = input.remainder();
-    const auto* begin = reinterpret_cast<const char*>(file.data());
-    const std::string_view samples = script::samplesOf({begin, file.size()}, "sound.wav");
-    fuzz::expect(samples.data() >= begin && samples.data() + samples.size() <= begin + file.size(),
-                 "samples outside of their file");
+    fuzz::expect(media::samplesOf(file, "sound.wav").size() <= file.size(), "more samples than bytes");
+}
+
+/// What is read of a file before the image library sees it: of any bytes behind any signature.
+void readMetadata(Input& input)
+{
+    const std::span<const std::uint8_t> file = input.remainder();
+    const media::Metadata metadata = media::metadataOf(file);
+    fuzz::expect(metadata.orientation >= 1 && metadata.orientation <= 8 && metadata.frames >= 1,
+                 "metadata that no file can have");
+    media::hasSoundTables(file);
 }
 
 void checkShape(const media::Image& image)
@@ -77,8 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input(data, size);
     try
     {
-        if (size != 0 && data[0] == 'R')
+        const std::uint8_t kind = size == 0 ? 0 : data[0];
+        if (kind == 'R')
             readSound(input);
+        else if (kind == 0xFF || kind == 0x89 || kind == 'G')
+            readMetadata(input);
         else
             readImage(input);
     }

@@ -5,6 +5,7 @@
 #include "host/names.h"
 #include "media/metadata.h"
 #include "media/png.h"
+#include "media/pnm.h"
 
 #include <stb/stb_image.h>
 #include <stb/stb_image_resize.h>
@@ -71,8 +72,12 @@ Image upright(const Image& image, int orientation)
     const bool onSide = orientation >= 5;
     const bool fromRight = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
     const bool fromBottom = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
-    Image result{
-        onSide ? image.height : image.width, onSide ? image.width : image.height, image.channels, {}};
+    Image result{onSide ? image.height : image.width,
+                 onSide ? image.width : image.height,
+                 image.channels,
+                 {},
+                 image.hasAlpha,
+                 image.frames};
     result.bytes.resize(image.bytes.size());
     std::uint8_t* target = result.bytes.data();
     for (int y = 0; y < result.height; ++y)
@@ -88,17 +93,52 @@ Image upright(const Image& image, int orientation)
     return result;
 }
 
-Bytes encodedPnm(const Image& image, Format format)
+/// With one or three channels made four.
+Image withAlpha(const Image& image)
 {
-    const bool grey = format != Format::ppm && isGrey(image);
-    if (format == Format::pgm && !grey)
-        throw Error("PGM holds levels of grey, and the picture has colours");
-    const std::string header = (grey ? "P5\n" : "P6\n") + std::to_string(image.width) + " " +
-                               std::to_string(image.height) + "\n255\n";
-    const Image levels = channelsOf(image, 0, grey ? 1 : 3);
-    Bytes file(header.begin(), header.end());
-    file.insert(file.end(), levels.bytes.begin(), levels.bytes.end());
-    return file;
+    constexpr std::uint8_t opaque = 255;
+    Image result{image.width, image.height, 4, {}};
+    result.bytes.reserve(byteCount(image.width, image.height, result.channels));
+    const auto channels = static_cast<std::size_t>(image.channels);
+    for (std::size_t at = 0; at < image.bytes.size(); at += channels)
+        result.bytes.insert(result.bytes.end(), {image.bytes[at], image.bytes[at + channels / 2],
+                                                 image.bytes[at + channels - 1], opaque});
+    return result;
+}
+
+/// The pixels of an image file with four channels.
+Image pixelsOf(std::span<const std::uint8_t> file)
+{
+    if (isPnm(file))
+        return withAlpha(decodedPnm(file));
+    if (!hasSoundTables(file))
+        throw Error("damaged code tables");
+    Image image{0, 0, 4, {}};
+    int stored = 0;
+    const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
+        stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &image.width, &image.height,
+                              &stored, image.channels),
+        stbi_image_free);
+    if (pixels == nullptr)
+        throw Error(stbi_failure_reason());
+    image.bytes.assign(pixels.get(), pixels.get() + byteCount(image.width, image.height, image.channels));
+    // Levels of grey or colours, and alpha.
+    image.hasAlpha = stored % 2 == 0 && hasTranslucentPixel(image);
+    return image;
+}
+
+/// The message of an error, with more in front of it.
+template <class Action>
+auto withContext(const std::string& front, const std::string& back, Action action)
+{
+    try
+    {
+        return action();
+    }
+    catch (const Error& error)
+    {
+        throw Error(front + error.what() + back);
+    }
 }
 
 } // namespace
@@ -110,31 +150,13 @@ Image readImage(const std::string& path, int channels)
 
 Image decoded(std::span<const std::uint8_t> file, const std::string& path, int channels)
 {
-    constexpr int rgba = 4;
-    const auto refuse = [&path](const std::string& reason) {
-        throw Error(path + ": not an image that can be read (" + reason + ")");
-    };
-    if (!hasSoundTables(file))
-        refuse("damaged code tables");
+    Image image =
+        withContext(path + ": not an image that can be read (", ")", [&] { return pixelsOf(file); });
     const Metadata metadata = metadataOf(file);
-    Image image{0, 0, rgba, {}};
-    int stored = 0;
-    const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
-        stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &image.width, &image.height,
-                              &stored, rgba),
-        stbi_image_free);
-    if (pixels == nullptr)
-        refuse(stbi_failure_reason());
-    image.bytes.assign(pixels.get(), pixels.get() + byteCount(image.width, image.height, rgba));
-    // Levels of grey or colours, and alpha.
-    const bool hasAlpha = stored % 2 == 0 && hasTranslucentPixel(image);
-    if (channels != rgba)
-        image = channelsOf(image, 0, channels);
-    if (metadata.orientation != 1)
-        image = upright(image, metadata.orientation);
-    image.hasAlpha = hasAlpha;
     image.frames = metadata.frames;
-    return image;
+    if (channels != image.channels)
+        image = channelsOf(image, 0, channels);
+    return metadata.orientation == 1 ? image : upright(image, metadata.orientation);
 }
 
 std::optional<Format> formatNamed(std::string_view name)
@@ -193,16 +215,8 @@ std::vector<std::uint8_t> encoded(const Image& image, Format format, const Encod
 void writeImage(const std::string& path, const Image& image, const Encoding& encoding)
 {
     const Format format = formatOf(path);
-    Bytes file;
-    try
-    {
-        file = encoded(image, format, encoding);
-    }
-    catch (const Error& error)
-    {
-        throw Error("cannot write " + path + ": " + error.what());
-    }
-    standin::writeFile(path, file);
+    standin::writeFile(path, withContext("cannot write " + path + ": ", "",
+                                         [&] { return encoded(image, format, encoding); }));
 }
 
 void writePng(const std::string& path, int width, int height, std::span<const std::uint8_t> rgba)

@@ -26,7 +26,7 @@ struct Image
 };
 
 /// Reads a PNG, JPEG, BMP, TGA, GIF or PNM image with three or four channels; where it has no alpha, that is
-/// 255. Of 16 bits the upper eight are kept. The picture is turned as its file says that it is to be looked
+/// 255. Of 16 bits eight are kept. The picture is turned as its file says that it is to be looked
 /// at.
 Image readImage(const std::string& path, int channels);
 

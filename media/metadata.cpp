@@ -11,7 +11,6 @@ namespace
 
 using namespace std::string_view_literals;
 
-constexpr std::string_view jpegSignature = "\xFF\xD8\xFF";
 constexpr std::string_view pngSignature = "\x89PNG\r\n\x1A\n";
 constexpr std::uint32_t mostFrames = 1U << 30;
 
@@ -49,17 +48,29 @@ constexpr std::uint8_t progressiveFrame = 0xC2;
 constexpr std::uint8_t huffmanTables = 0xC4;
 constexpr std::uint8_t firstRestart = 0xD0;
 constexpr std::uint8_t lastRestart = 0xD7;
+constexpr std::uint8_t start = 0xD8;
 constexpr std::uint8_t end = 0xD9;
 constexpr std::uint8_t scan = 0xDA;
 constexpr std::uint8_t exif = 0xE1;
 } // namespace marker
 
+/// What follows on a JPEG file's start, before which the decoder skips bytes that only fill; of other files
+/// nothing.
+ByteView segmentsOf(ByteView file)
+{
+    const auto start =
+        std::find_if(file.begin(), file.end(), [](std::uint8_t byte) { return byte != marker::fill; });
+    if (start == file.begin() || start == file.end() || *start != marker::start)
+        return {};
+    return file.subspan(static_cast<std::size_t>(start - file.begin()) + 1);
+}
+
 /// Visits the segments of a JPEG file until there are no more, or the visitor gives false.
 template <class Visit>
-void forEachSegment(ByteView file, Visit visit)
+void forEachSegment(ByteView segments, Visit visit)
 {
     constexpr std::size_t lengthSize = 2;
-    Reader rest(file.subspan(lengthSize), std::endian::big);
+    Reader rest(segments, std::endian::big);
     for (;;)
     {
         // Between segments lie the coded pixels, in which a marker's first byte is followed by 0.
@@ -94,11 +105,11 @@ void forEachChunk(ByteView file, Visit visit)
     }
 }
 
-Metadata jpegMetadata(ByteView file)
+Metadata jpegMetadata(ByteView segments)
 {
     constexpr std::string_view name = "Exif\0\0"sv;
     Metadata metadata;
-    forEachSegment(file, [&](std::uint8_t kind, ByteView content) {
+    forEachSegment(segments, [&](std::uint8_t kind, ByteView content) {
         if (kind != marker::exif || !startsWith(content, name))
             return kind != marker::scan;
         metadata.orientation = orientationIn(content.subspan(name.size()));
@@ -219,23 +230,19 @@ private:
 
 Metadata metadataOf(ByteView file)
 {
-    if (startsWith(file, jpegSignature))
-        return jpegMetadata(file);
     if (startsWith(file, pngSignature))
         return pngMetadata(file);
     if (startsWith(file, "GIF8"))
         return gifMetadata(file);
-    return {};
+    return jpegMetadata(segmentsOf(file));
 }
 
 bool hasSoundTables(ByteView file)
 {
-    if (!startsWith(file, jpegSignature))
-        return true;
     CodeTables tables;
     bool progressive = false;
     bool sound = true;
-    forEachSegment(file, [&](std::uint8_t kind, ByteView content) {
+    forEachSegment(segmentsOf(file), [&](std::uint8_t kind, ByteView content) {
         if (kind == marker::progressiveFrame)
             progressive = true;
         else if (kind == marker::huffmanTables)

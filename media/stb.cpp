@@ -2,6 +2,7 @@
 // Formats that nobody is promised stay closed to hostile files.
 #define STBI_NO_HDR
 #define STBI_NO_PIC
+#define STBI_NO_PNM
 #define STBI_NO_PSD
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_RESIZE_IMPLEMENTATION

@@ -240,6 +240,11 @@ Value openSamples(const Services& services, const Values& arguments)
     return loadBlock(services.host, pathOf(services, arguments[0]));
 }
 
+Value openBlock(const Services& services, const Values& arguments)
+{
+    return services.host.newMemoryBlock(standin::readFile(pathOf(services, arguments[0])));
+}
+
 Value openBytes(const Services& services, const Values& arguments)
 {
     return services.host.newString(standin::readText(pathOf(services, arguments[0])), standin::encodingNone);
@@ -265,7 +270,7 @@ struct Function
 
 constexpr std::size_t any = 64;
 
-constexpr std::array<Function, 25> functions{{
+constexpr std::array<Function, 26> functions{{
     {"Abs", 1, 1, absolute},
     {"args", 1, 1, argument},
     {"Atan", 1, 1, ofNumber<std::atan>},
@@ -280,6 +285,7 @@ constexpr std::array<Function, 25> functions{{
     {"Log", 1, 1, ofNumber<std::log>},
     {"Max", 2, any, extreme<true>},
     {"Min", 2, any, extreme<false>},
+    {"OpenBlock", 1, 1, openBlock},
     {"OpenBytes", 1, 1, openBytes},
     {"OpenSamples", 1, 1, openSamples},
     {"Pow", 2, 2, power},

@@ -1,11 +1,11 @@
 #include "script/files.h"
 
 #include "host/file.h"
+#include "media/sound.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <filesystem>
-#include <span>
 #include <string_view>
 
 namespace script
@@ -20,44 +20,16 @@ constexpr std::size_t rgba = 4;
 constexpr std::size_t alphaIndex = 3;
 constexpr std::uint8_t opaque = 255;
 
-/// A little-endian number at the start of `bytes`, which must hold it.
-template <class Number>
-Number numberAt(std::string_view bytes)
+/// Whether a file's name says that it holds bare bytes.
+bool isNamedRaw(const std::string& path)
 {
-    Number number{};
-    std::memcpy(&number, bytes.data(), sizeof number);
-    return number;
+    constexpr std::array<std::string_view, 3> extensions{".raw", ".dat", ".bin"};
+    const std::string extension = std::filesystem::path(path).extension();
+    return std::any_of(extensions.begin(), extensions.end(),
+                       [&](std::string_view raw) { return standin::sameName(extension, raw); });
 }
 
 } // namespace
-
-std::string_view samplesOf(std::string_view file, const std::string& path)
-{
-    constexpr std::size_t riffHeaderSize = 12;
-    constexpr std::size_t chunkHeaderSize = 8;
-    constexpr std::uint16_t pcm = 1;
-    if (file.size() < riffHeaderSize || !file.starts_with("RIFF") || file.substr(8, 4) != "WAVE")
-        throw Error(path + ": not a WAV file");
-    bool isPcm = false;
-    for (std::string_view rest = file.substr(riffHeaderSize); rest.size() >= chunkHeaderSize;)
-    {
-        const std::string_view name = rest.substr(0, 4);
-        const auto size = numberAt<std::uint32_t>(rest.substr(4));
-        const std::string_view content = rest.substr(chunkHeaderSize, size);
-        if (name == "fmt " && content.size() >= sizeof pcm)
-            isPcm = numberAt<std::uint16_t>(content) == pcm;
-        if (name == "data")
-        {
-            if (!isPcm)
-                throw Error(path + ": only uncompressed (PCM) sound can be read");
-            return content;
-        }
-        // Chunks start at even offsets.
-        const std::size_t step = chunkHeaderSize + content.size() + content.size() % 2;
-        rest.remove_prefix(std::min(step, rest.size()));
-    }
-    throw Error(path + ": the WAV file holds no samples");
-}
 
 standin::Picture loadPicture(standin::Host& host, const std::string& path,
                              std::optional<standin::Storage> storage)
@@ -107,12 +79,8 @@ void setOpaque(media::Image& image)
 
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path)
 {
-    std::vector<std::uint8_t> file = standin::readFile(path);
-    if (!standin::sameName(std::filesystem::path(path).extension().string(), ".wav"))
-        return host.newMemoryBlock(file);
-    const std::string_view samples =
-        samplesOf({reinterpret_cast<const char*>(file.data()), file.size()}, path);
-    return host.newMemoryBlock(bytesOf(samples));
+    const std::vector<std::uint8_t> file = standin::readFile(path);
+    return host.newMemoryBlock(isNamedRaw(path) ? file : media::samplesOf(file, path));
 }
 
 standin::Value loadFile(standin::Host& host, const std::string& path, standin::Type type,

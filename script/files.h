@@ -34,11 +34,8 @@ void setAlpha(media::Image& image, const standin::Picture& picture);
 /// Gives it the alpha 255.
 void setOpaque(media::Image& image);
 
-/// The samples of a PCM sound (".wav"), as they are stored; any other file as it is.
+/// The samples of a WAV file, as media::samplesOf gives them; of a file named .raw, .dat or .bin its bytes.
 standin::MemoryBlock loadBlock(standin::Host& host, const std::string& path);
-
-/// The samples of a PCM sound, within the bytes of its WAV file; `path` is for messages.
-std::string_view samplesOf(std::string_view file, const std::string& path);
 
 /// The bytes of a text.
 inline std::span<const std::uint8_t> bytesOf(std::string_view text)

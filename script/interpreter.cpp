@@ -3,6 +3,7 @@
 #include "host/calls/overloads.h"
 #include "host/names.h"
 #include "script/builtins.h"
+#include "script/files.h"
 
 #include <algorithm>
 #include <deque>
@@ -597,10 +598,10 @@ private:
         }
         const Values given = values(arguments);
         const bool done = located(place, [&] {
-            const auto* file = std::get_if<FileName>(&value);
-            return script::assignMember(
-                services, object, name, given,
-                file == nullptr ? value : fromHost(context->read(file->name, Type::Picture), Type::Picture));
+            const bool isFile = std::holds_alternative<FileName>(value);
+            return script::assignMember(services, object, name, given,
+                                        isFile ? fromHost(hostValue(value, Type::Picture), Type::Picture)
+                                               : value);
         });
         if (!done)
             failMember(place, object, name, name + " that can be assigned to");
@@ -627,9 +628,17 @@ private:
 
     standin::Value hostValue(const Value& value, Type type) const
     {
-        if (const auto* file = std::get_if<FileName>(&value))
+        const auto* file = std::get_if<FileName>(&value);
+        if (file == nullptr)
+            return toHost(value);
+        if (!file->raw)
             return context->read(file->name, type);
-        return toHost(value);
+        if (type == Type::Picture)
+            throw Error("expected a picture; @raw: gives bytes");
+        const standin::Value bytes = context->read(file->name, Type::String);
+        if (type == Type::String)
+            return bytes;
+        return host.newMemoryBlock(bytesOf(bytes.string().bytes()));
     }
 
     std::vector<Argument> argumentsOf(const Arguments& expressions)

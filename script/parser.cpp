@@ -228,6 +228,10 @@ private:
             fail(node, "expected a value");
         const Node& text = *node.children.at(0);
         FileName file{text.is_type<grammar::QuotedText>() ? unquoted(text) : text.string()};
+        constexpr std::string_view raw = "raw:";
+        file.raw = file.name.starts_with(raw);
+        if (file.raw)
+            file.name.erase(0, raw.size());
         program.fileNames.push_back({file.name, placeOf(node)});
         return file;
     }

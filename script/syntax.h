@@ -63,6 +63,7 @@ struct Literal
 struct FileName
 {
     std::string name;
+    bool raw = false; ///< its bytes are wanted, whatever they are
 };
 
 /// A variable, or a call of a function, a global method or a method of the receiver that calls on the command

@@ -2,10 +2,13 @@
 #include "media/image.h"
 
 #include "host/error.h"
+#include "media/metadata.h"
+#include "tests/support/small_files.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -194,6 +197,228 @@ TEST(Media, TellsOfAlphaThatShowsThrough)
             EXPECT_FALSE(hasAlpha({2, 1, 4, {1, 2, 3, 255, 4, 5, 6, 255}}));
             EXPECT_FALSE(hasAlpha({2, 1, 3, {1, 2, 3, 4, 5, 6}}));
         }
+}
+
+// What files say of their pictures
+
+constexpr std::size_t startSize = 2;            ///< of a JPEG file
+constexpr std::size_t headerSize = 8 + 12 + 13; ///< of a PNG file, before its next chunk
+
+/// Numbers in either order.
+class Numbers : public Bytes
+{
+public:
+    explicit Numbers(std::endian numbers) : order(numbers)
+    {
+    }
+    Numbers& number(std::uint32_t value, int size)
+    {
+        for (int index = 0; index < size; ++index)
+            bytes({static_cast<std::uint8_t>(value >>
+                                             8 * (order == std::endian::little ? index : size - 1 - index))});
+        return *this;
+    }
+
+private:
+    std::endian order;
+};
+
+/// EXIF data with an orientation, behind another entry.
+std::string exif(std::uint32_t orientation, std::endian order)
+{
+    Numbers data(order);
+    data.text(order == std::endian::little ? "II" : "MM");
+    data.number(42, 2).number(8, 4).number(2, 2);
+    data.number(0x0100, 2).number(4, 2).number(1, 4).number(6, 4);
+    data.number(0x0112, 2).number(3, 2).number(1, 4).number(orientation, 2).number(0, 2);
+    return data.number(0, 4).content;
+}
+
+std::string jpegSegment(int kind, const std::string& content)
+{
+    const auto size = static_cast<std::uint32_t>(content.size() + 2);
+    return Numbers(std::endian::big)
+               .number(0xFF00U + static_cast<std::uint32_t>(kind), 2)
+               .number(size, 2)
+               .content +
+           content;
+}
+
+std::string pngChunk(const std::string& name, const std::string& content)
+{
+    const std::string size =
+        Numbers(std::endian::big).number(static_cast<std::uint32_t>(content.size()), 4).content;
+    return size + name + content + std::string(4, '\0');
+}
+
+std::vector<std::uint8_t> bytesOf(const std::string& text)
+{
+    return {text.begin(), text.end()};
+}
+
+/// What is read of a file into which something has been put.
+Image withInsertion(std::string file, std::size_t place, const std::string& insertion, int channels = 3)
+{
+    return media::decoded(bytesOf(file.insert(place, insertion)), "file", channels);
+}
+
+/// A picture's letters, row by row: "abc/def".
+std::string lettersOf(const Image& image, int letterSize = 1)
+{
+    std::string letters;
+    for (int y = letterSize / 2; y < image.height; y += letterSize)
+    {
+        letters += letters.empty() ? "" : "/";
+        for (int x = letterSize / 2; x < image.width; x += letterSize)
+        {
+            const auto at = static_cast<std::size_t>((y * image.width + x) * image.channels);
+            letters += static_cast<char>('a' + (image.bytes[at] + 12) / 25);
+        }
+    }
+    return letters;
+}
+
+/// "abc/def", each letter so many pixels wide and high.
+Image letters(int letterSize)
+{
+    Image image{3 * letterSize, 2 * letterSize, 3, {}};
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x)
+            image.bytes.insert(image.bytes.end(), 3,
+                               static_cast<std::uint8_t>(25 * (y / letterSize * 3 + x / letterSize)));
+    return image;
+}
+
+const std::vector<std::string> orientations{"abc/def",  "cba/fed",  "fed/cba",  "def/abc",
+                                            "ad/be/cf", "da/eb/fc", "fc/eb/da", "cf/be/ad"};
+
+TEST(Media, PicturesAreReadAsTheyAreLookedAt)
+{
+    constexpr int block = 16;
+    const std::string jpeg = textOf(media::encoded(letters(block), Format::jpeg, {.jpegQuality = 100}));
+    const std::string png = textOf(media::encoded(letters(1), Format::png));
+    for (std::uint32_t orientation = 1; orientation <= 8; ++orientation)
+        for (const std::endian order : {std::endian::little, std::endian::big})
+        {
+            const std::string data = exif(orientation, order);
+            const std::string& wanted = orientations[orientation - 1];
+            const std::string segment = jpegSegment(0xE1, std::string("Exif\0\0", 6) + data);
+            EXPECT_EQ(lettersOf(withInsertion(jpeg, startSize, segment), block), wanted);
+            for (const int channels : {3, 4})
+                EXPECT_EQ(lettersOf(withInsertion(png, headerSize, pngChunk("eXIf", data), channels)),
+                          wanted);
+        }
+}
+
+TEST(Media, OrientationsThatAreNoneChangeNothing)
+{
+    const std::string png = textOf(media::encoded(letters(1), Format::png));
+    const std::string data = exif(6, std::endian::big);
+    std::vector<std::string> damaged{exif(0, std::endian::big), exif(9, std::endian::little), "", "MM",
+                                     "II*\0" + data.substr(4),  "XX" + data.substr(2)};
+    for (std::size_t size = 0; size < data.size() - 8; ++size)
+        damaged.push_back(data.substr(0, size));
+    std::string otherType = data;
+    otherType[10 + 12 + 3] = 4;
+    damaged.push_back(otherType);
+    std::string farAway = data;
+    farAway.replace(4, 4, "\xFF\xFF\xFF\xFF");
+    damaged.push_back(farAway);
+    for (const std::string& content : damaged)
+        EXPECT_EQ(lettersOf(withInsertion(png, headerSize, pngChunk("eXIf", content))), orientations[0])
+            << testing::PrintToString(content);
+    EXPECT_EQ(lettersOf(withInsertion(png, headerSize, pngChunk("eXIf", data))), orientations[5]);
+}
+
+TEST(Media, TellsHowManyPicturesAFileHolds)
+{
+    const std::string png = textOf(media::encoded({1, 1, 3, {1, 2, 3}}, Format::png));
+    const std::string three = pngChunk("acTL", Numbers(std::endian::big).number(3, 4).number(0, 4).content);
+    EXPECT_EQ(withInsertion(png, headerSize, "").frames, 1);
+    EXPECT_EQ(withInsertion(png, headerSize, three + pngChunk("fcTL", std::string(26, '\0'))).frames, 3);
+    EXPECT_EQ(withInsertion(png, headerSize, three).frames, 4) << "a picture before the animation counts too";
+    EXPECT_EQ(withInsertion(png, png.size() - 12, three).frames, 1) << "behind the pixels it says nothing";
+
+    const std::string start =
+        Bytes().text("GIF89a").bytes({1, 0, 1, 0, 0x80, 0, 0, 9, 8, 7, 6, 5, 4}).content;
+    const std::string comment = Bytes().bytes({0x21, 0xFE, 2, 0x2C, 0x2C, 0}).content;
+    const std::string frame = Bytes().bytes({0x2C, 0, 0, 0, 0, 1, 0, 1, 0, 0, 2, 2, 0x44, 1, 0}).content;
+    const std::string coloured =
+        Bytes().bytes({0x2C, 0, 0, 0, 0, 1, 0, 1, 0, 0x80, 1, 2, 3, 4, 5, 6, 2, 2, 0x44, 1, 0}).content;
+    const auto framesOf = [&](const std::string& blocks) {
+        const Image image = media::decoded(bytesOf(start + blocks), "file", 3);
+        EXPECT_EQ(image.bytes.size(), 3U);
+        return image.frames;
+    };
+    EXPECT_EQ(framesOf(frame + ";"), 1);
+    EXPECT_EQ(framesOf(comment + frame + comment + coloured + frame + ";"), 3);
+    EXPECT_EQ(framesOf(frame + frame + "trash" + frame), 2);
+    EXPECT_EQ(framesOf(frame), 1);
+}
+
+TEST(Media, LevelsOfOtherRangesBecomeThoseOfEightBits)
+{
+    const auto levels = [](const std::string& file) {
+        return media::decoded(bytesOf(file), "file", 3).bytes;
+    };
+    EXPECT_THAT(levels("P5 1 1 255\n\x07"), ElementsAre(7, 7, 7));
+    EXPECT_THAT(levels("P6\n# a comment 9\n1\t#\n1\r\n15 \x01\x07\x0F"), ElementsAre(17, 119, 255));
+    EXPECT_THAT(levels(std::string("P6 1 1 65535\n\x01\xFF\x80\x00\xFF\x80", 19)), ElementsAre(2, 128, 255));
+    EXPECT_THAT(levels("P6 1 1 100 \x32\x64\xFF"), ElementsAre(128, 255, 255));
+    const std::string refused = "file: not an image that can be read (";
+    for (const auto& [file, reason] : std::vector<std::pair<std::string, std::string>>{
+             {"P6", "a header with impossible numbers"},
+             {"P6 1", "a header with impossible numbers"},
+             {"P6 1 1 # 255", "a header with impossible numbers"},
+             {"P6 0 1 255 abc", "a header with impossible numbers"},
+             {"P6 -1 1 255 abc", "a header with impossible numbers"},
+             {"P5 99999999999 1 255 a", "a header with impossible numbers"},
+             {"P5 1 1 70000 ab", "levels of more than 16 bits"},
+             {"P5 1 1 65535 a", "fewer pixels than its header says"},
+             {"P6 1 1 255 ab", "fewer pixels than its header says"},
+             {"P6 9999999 9999999 255 ab", "fewer pixels than its header says"}})
+        EXPECT_EQ(messageOf([&, &bytes = file] { levels(bytes); }), refused + reason + ")");
+    EXPECT_THAT(messageOf([&] { levels("text"); }), HasSubstr(refused));
+
+    const std::string scanline = pngChunk(
+        "IDAT",
+        Bytes().bytes({0x78, 1, 1, 7, 0, 0xF8, 0xFF, 0, 1, 0xFF, 0x80, 0, 0xFE, 0x80, 0, 0, 0, 0}).content);
+    const std::string header =
+        pngChunk("IHDR", Bytes().bytes({0, 0, 0, 1, 0, 0, 0, 1, 16, 2, 0, 0, 0}).content);
+    EXPECT_THAT(levels("\x89PNG\r\n\x1A\n" + header + scanline + pngChunk("IEND", "")),
+                ElementsAre(1, 0x80, 0xFE));
+}
+
+TEST(Media, RefusesJpegFilesWhoseTablesTheDecoderCannotTake)
+{
+    const std::string jpeg = textOf(media::encoded(letters(8), Format::jpeg));
+    const auto refuses = [](const std::string& file) {
+        return messageOf([&] { media::decoded(bytesOf(file), "a.jpg", 3); }) ==
+               "a.jpg: not an image that can be read (damaged code tables)";
+    };
+    EXPECT_FALSE(refuses(jpeg));
+    EXPECT_FALSE(refuses("\xFF" + jpeg)) << "bytes that fill are skipped";
+
+    const std::size_t tables = jpeg.find("\xFF\xC4");
+    ASSERT_NE(tables, std::string::npos);
+    std::string damaged = jpeg;
+    damaged.replace(tables + 5, 16, std::string(16, '\x7F'));
+    EXPECT_TRUE(refuses(damaged)) << "more codes than there are values";
+    EXPECT_TRUE(refuses("\xFF" + damaged));
+
+    const std::size_t scan = jpeg.find("\xFF\xDA");
+    ASSERT_NE(scan, std::string::npos);
+    for (const char unknown : {'\x02', '\x20', '\xF0'})
+    {
+        damaged = jpeg;
+        damaged[scan + 6] = unknown;
+        EXPECT_TRUE(refuses(damaged)) << "a table that was never defined";
+    }
+    // Between two scans, behind what could be pixels.
+    const std::string between("\x12\xFF\0\xFF\xD3\xFF", 6);
+    const std::string second = jpegSegment(0xC4, std::string("\0", 1) + std::string(16, '\xFF'));
+    EXPECT_TRUE(refuses(jpeg.substr(0, jpeg.size() - 2) + between + second));
+    EXPECT_FALSE(refuses(jpeg + second)) << "behind the end";
 }
 
 } // namespace
