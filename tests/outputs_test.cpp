@@ -16,8 +16,6 @@ namespace
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 class Outputs : public ProgramTest
 {
