@@ -4,6 +4,7 @@
 set(in_programs
     "libcli11-dev" "reads the command line"
     "libkainjow-mustache-dev" "fills in the demo's page"
+    "librapidxml-dev" "reads a bundle's description of itself"
     "libstb-dev" "reads, writes and scales images"
     "libstdc++-12-dev" "the standard library, with its parts of the compiler's own"
     "nlohmann-json3-dev" "writes JSON"
