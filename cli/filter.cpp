@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "cli/cube_look.h"
 #include "cli/jobs.h"
 #include "cli/nil_reasons.h"
 #include "cli/outputs.h"
@@ -7,6 +8,9 @@
 #include "script/files.h"
 #include "script/interpreter.h"
 #include "script/parser.h"
+
+#include <iostream>
+#include <optional>
 
 namespace cli
 {
@@ -19,12 +23,17 @@ namespace
 
 constexpr const char* filterNotes = R"(
 FILES are the source picture and the result, or with --to any number of source pictures.
+
+--cube fills the table of PictureLut3DQVR from a .cube file, one for each channel or one for all three or both, and tells
+how far the class's results are from it. --code prints a program that fills the table likewise, and takes no FILES.
 )";
 
 constexpr const char* filterExamples = R"(
 Examples:
   pictureqvr filter PictureSepiaQVR --set SepiaRed=40 --set SepiaGreen=20 photo.jpg out.png
   pictureqvr filter PictureLut3DQVR --set 'Table(0, 0, 0, 0)=12.5' photo.jpg out.png
+  pictureqvr filter PictureLut3DQVR --cube look.cube photo.jpg out.jpg
+  pictureqvr filter PictureLut3DQVR --cube look.cube --code > look.bas
   pictureqvr filter PictureSepiaQVR *.jpg --to 'sepia/{name}.jpg' --quality 90
 )";
 
@@ -33,6 +42,8 @@ struct FilterRequest
 {
     std::string className;
     std::vector<std::string> settings; ///< "Property=value" or "Method(arguments)=value"
+    std::string cube;                  ///< file with the table; empty: none
+    bool printsCode = false;           ///< in place of filtering
     std::vector<std::string> files;
     OutputChoice output;
 };
@@ -69,7 +80,8 @@ std::vector<Task> tasksOf(const FilterRequest& request)
 class Filter
 {
 public:
-    Filter(const HostChoice& hostChoice, const FilterRequest& filterRequest, standin::Host& filterHost)
+    Filter(const HostChoice& hostChoice, const FilterRequest& filterRequest, standin::Host& filterHost,
+           const std::optional<CubeLook>& look)
         : choice(hostChoice),
           request(filterRequest),
           host(filterHost),
@@ -81,6 +93,8 @@ public:
         environment.storage = choice.storage;
         if (standin::methodsNamed(instance.definition().methods, "Run").empty())
             throw Error(instance.definition().name + " has no method Run");
+        if (look)
+            look->putInto(instance);
         for (const std::string& setting : request.settings)
             script::call(settingOf(setting), host, environment, context);
     }
@@ -115,22 +129,48 @@ private:
     script::Environment environment;
 };
 
+std::optional<CubeLook> lookOf(const FilterRequest& request)
+{
+    if (request.cube.empty())
+    {
+        if (request.printsCode)
+            throw Error("--code prints the table of a file that --cube names");
+        return std::nullopt;
+    }
+    if (!standin::sameName(request.className, CubeLook::className))
+        throw Error("--cube goes with " + std::string(CubeLook::className));
+    if (request.printsCode && !request.files.empty())
+        throw Error("--code prints a program, and takes no files");
+    return CubeLook(request.cube);
+}
+
 void filter(const HostChoice& choice, const FilterRequest& request)
 {
     standin::Host host(choice.options());
     if (host.registered().findClass(request.className) == nullptr)
         throw Error(unknownName("class", request.className, classNames(host.registered())));
+    const std::optional<CubeLook> look = lookOf(request);
+    if (request.printsCode)
+    {
+        std::cout << look->program();
+        return;
+    }
     const std::vector<Task> tasks = tasksOf(request);
     checkOutputs(tasks, request.output, true);
+    if (look && !request.output.quiet)
+    {
+        const Phase phase("comparing with " + request.cube, false);
+        std::cerr << look->accuracy(host) << "\n";
+    }
     const auto run = [&](const Task& task) {
-        Filter(choice, request, host).run(task);
+        Filter(choice, request, host, look).run(task);
         checkLedger(host);
     };
     if (request.output.pattern.empty())
         return run(tasks.front());
     // Settings that are wrong are so for all.
     {
-        const Filter trial(choice, request, host);
+        const Filter trial(choice, request, host, look);
     }
     std::vector<Job> jobs;
     for (const Task& task : tasks)
@@ -148,12 +188,19 @@ void addFilter(CLI::App& app, const HostChoice& choice)
     command.add_option("CLASS", request->className, "Name of the class")->required()->type_name("");
     command
         .add_option("FILES", request->files, "The source picture and the result, or with --to many sources")
-        ->required()
         ->type_name("");
     addRepeatable(command, "--set", request->settings, "NAME=VALUE",
                   "Set a property or an assignable method");
+    command.add_option("--cube", request->cube, "Fill the table of PictureLut3DQVR from a .cube file")
+        ->type_name("FILE");
+    command.add_flag("--code", request->printsCode,
+                     "Print a program of the host's language that fills the table");
     request->output.addOptions(command);
-    command.callback([request, &choice] { filter(choice, *request); });
+    command.callback([request, &choice] {
+        if (request->files.empty() && !request->printsCode)
+            throw CLI::RequiredError("FILES");
+        filter(choice, *request);
+    });
 }
 
 } // namespace cli

@@ -221,6 +221,20 @@ Value lenB(const Services&, const Values& arguments)
     return static_cast<std::int32_t>(textOf(arguments[0]).size());
 }
 
+/// So many bytes from a place on, which counts from 1; fewer at the end.
+Value midB(const Services& services, const Values& arguments)
+{
+    const std::string& text = textOf(arguments[0]);
+    const std::int32_t begin = integerOf(arguments[1]);
+    const std::int32_t count = integerOf(arguments[2]);
+    if (begin < 1 || count < 0)
+        throw Error("OutOfBoundsException: there are no " + std::to_string(count) + " bytes at " +
+                    std::to_string(begin));
+    const std::size_t place = std::min(static_cast<std::size_t>(begin - 1), text.size());
+    return services.host.newString(text.substr(place, static_cast<std::size_t>(count)),
+                                   standin::encodingNone);
+}
+
 /// Compares bytes: -1, 0 or 1.
 Value strComp(const Services&, const Values& arguments)
 {
@@ -270,7 +284,7 @@ struct Function
 
 constexpr std::size_t any = 64;
 
-constexpr std::array<Function, 26> functions{{
+constexpr std::array<Function, 27> functions{{
     {"Abs", 1, 1, absolute},
     {"args", 1, 1, argument},
     {"Atan", 1, 1, ofNumber<std::atan>},
@@ -284,6 +298,7 @@ constexpr std::array<Function, 26> functions{{
     {"LenB", 1, 1, lenB},
     {"Log", 1, 1, ofNumber<std::log>},
     {"Max", 2, any, extreme<true>},
+    {"MidB", 3, 3, midB},
     {"Min", 2, any, extreme<false>},
     {"OpenBlock", 1, 1, openBlock},
     {"OpenBytes", 1, 1, openBytes},

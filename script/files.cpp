@@ -56,10 +56,15 @@ bool isTranslucent(const standin::Picture& picture)
     // Elsewhere the byte in this place means nothing.
     if (!traits.hasSpareByte || traits.opaqueAlpha != opaque)
         return false;
+    const standin::Storage storage = picture.storage();
+    const int width = picture.width();
     for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x)
-            if (picture.pixel(x, y).alpha != opaque)
+    {
+        const std::uint8_t* bytes = picture.row(y);
+        for (int x = 0; x < width; ++x, bytes += bytesPerPixel(storage))
+            if (loadPixel(storage, bytes).alpha != opaque)
                 return true;
+    }
     return false;
 }
 

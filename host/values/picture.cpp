@@ -135,8 +135,11 @@ std::vector<std::uint8_t> Picture::packed(std::size_t tupleSize) const
     forEachPacked(picture(), std::span(result), tupleSize,
                   [kind, tupleSize](const std::uint8_t* bytes, std::uint8_t* tuple) {
                       const Pixel pixel = loadPixel(kind, bytes);
-                      const std::uint8_t channels[] = {pixel.red, pixel.green, pixel.blue, pixel.alpha};
-                      std::memcpy(tuple, channels, tupleSize);
+                      tuple[0] = pixel.red;
+                      tuple[1] = pixel.green;
+                      tuple[2] = pixel.blue;
+                      if (tupleSize == rgbaSize)
+                          tuple[3] = pixel.alpha;
                   });
     return result;
 }
