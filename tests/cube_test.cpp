@@ -18,8 +18,6 @@ using media::Cube;
 using media::Levels;
 using testing::DoubleNear;
 using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
 
 Levels mapped(const Cube& cube, double red, double green, double blue)
 {

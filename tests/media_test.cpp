@@ -314,8 +314,12 @@ TEST(Media, OrientationsThatAreNoneChangeNothing)
 {
     const std::string png = textOf(media::encoded(letters(1), Format::png));
     const std::string data = exif(6, std::endian::big);
-    std::vector<std::string> damaged{exif(0, std::endian::big), exif(9, std::endian::little), "", "MM",
-                                     "II*\0" + data.substr(4),  "XX" + data.substr(2)};
+    std::vector<std::string> damaged{exif(0, std::endian::big),
+                                     exif(9, std::endian::little),
+                                     "",
+                                     "MM",
+                                     std::string("II*\0", 4) + data.substr(4),
+                                     "XX" + data.substr(2)};
     for (std::size_t size = 0; size < data.size() - 8; ++size)
         damaged.push_back(data.substr(0, size));
     std::string otherType = data;
