@@ -197,14 +197,13 @@ Bytes deflated(ByteView bytes, std::size_t begin, std::size_t end, Effort effort
     return result;
 }
 
-/// What makes the bytes from `begin` on smallest, tried on some of them. A search that takes long has to be
-/// worth it: on the noise of photographs it hardly ever is.
-Effort effortFor(ByteView bytes, std::size_t begin, int compression)
+/// What makes the bytes from `begin` on smallest, tried on some of them. A search that takes long has to save
+/// so many percent: on the noise of photographs it hardly ever does.
+Effort effortFor(ByteView bytes, std::size_t begin, int compression, std::size_t worth)
 {
     constexpr std::size_t sampleSize = 16384;
     constexpr int smallest = 9;
     constexpr std::size_t percent = 100;
-    constexpr std::size_t worth = 2;
     if (compression == 0)
         return {0, Z_DEFAULT_STRATEGY};
     const std::array<Effort, 4> efforts{
@@ -251,7 +250,7 @@ struct Stripe
     uLong checksum = 0;
 };
 
-Stripe stripeOf(const Rows& rows, std::size_t begin, std::size_t end, int compression)
+Stripe stripeOf(const Rows& rows, std::size_t begin, std::size_t end, int compression, std::size_t worth)
 {
     // What deflate refers back to is predicted once more.
     const std::size_t before = std::min(begin, (window + rows.storedSize() - 1) / rows.storedSize());
@@ -260,8 +259,8 @@ Stripe stripeOf(const Rows& rows, std::size_t begin, std::size_t end, int compre
     Stripe stripe;
     stripe.size = stored.size() - first;
     stripe.checksum = adler32(1, stored.data() + first, static_cast<uInt>(stripe.size));
-    stripe.deflated =
-        deflated(stored, first, stored.size(), effortFor(stored, first, compression), end == rows.count);
+    stripe.deflated = deflated(stored, first, stored.size(), effortFor(stored, first, compression, worth),
+                               end == rows.count);
     return stripe;
 }
 
@@ -286,6 +285,8 @@ void inParallel(std::size_t count, Work work)
 Bytes encodedAsItIs(const Image& image, int compression)
 {
     constexpr std::size_t stripeSize = 1 << 20;
+    constexpr std::size_t leastWorth = 2;
+    constexpr std::size_t stripesPerPercent = 4;
     constexpr std::array<std::uint8_t, 5> colourTypes{0, 0, 4, 2, 6};
     constexpr std::uint8_t bitsPerChannel = 8;
     // Deflate with its largest window.
@@ -294,9 +295,12 @@ Bytes encodedAsItIs(const Image& image, int compression)
     const Rows rows(image);
     const std::size_t rowsPerStripe = std::max<std::size_t>(stripeSize / rows.storedSize(), 1);
     std::vector<Stripe> stripes((rows.count + rowsPerStripe - 1) / rowsPerStripe);
+    // The larger a picture, the longer one waits for it.
+    const std::size_t worth = std::max<std::size_t>(leastWorth, stripes.size() / stripesPerPercent);
     inParallel(stripes.size(), [&](std::size_t index) {
         const std::size_t begin = index * rowsPerStripe;
-        stripes[index] = stripeOf(rows, begin, std::min(begin + rowsPerStripe, rows.count), compression);
+        stripes[index] =
+            stripeOf(rows, begin, std::min(begin + rowsPerStripe, rows.count), compression, worth);
     });
 
     Bytes file{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
