@@ -444,7 +444,9 @@ protected:
                 pixels.push_back({static_cast<std::uint8_t>(3 * x), static_cast<std::uint8_t>(2 * y),
                                   static_cast<std::uint8_t>(x + y)});
         write("photo.tga", tga(width, height, pixels));
-        write("sound.wav", std::string{"RIFF\0\0\0\0WAVEfmt \x02\0\0\0\x01\0data\xD0\x07\0\0", 30} +
+        // 16-bit PCM, one channel.
+        const std::string format{"fmt \x10\0\0\0\x01\0\x01\0\x40\x1F\0\0\x80\x3E\0\0\x02\0\x10\0", 24};
+        write("sound.wav", std::string{"RIFF\0\0\0\0WAVE", 12} + format + std::string{"data\xD0\x07\0\0", 8} +
                                std::string(2000, '\x21'));
     }
 
