@@ -34,7 +34,8 @@ std::uint32_t headerNumber(Reader& rest)
     {
         byte = rest.byte();
         inComment = byte == '#' || (inComment && byte != '\n');
-    } while ((inComment || isSpace(byte)) && !rest.atEnd());
+    }
+    while ((inComment || isSpace(byte)) && !rest.atEnd());
     std::uint32_t number = 0;
     for (; !inComment && byte >= '0' && byte <= '9' && number < most; byte = rest.byte())
         number = number * base + (byte - '0');
