@@ -44,6 +44,8 @@ inline CLI::Option& addRepeatable(CLI::App& command, const std::string& name,
 {
     return *command.add_option(name, values, description + "; can be repeated")
                 ->expected(1)
+                // What follows the value belongs to the command.
+                ->allow_extra_args(false)
                 ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
                 ->type_name(valueName);
 }

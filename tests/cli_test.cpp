@@ -76,6 +76,18 @@ std::string counted(std::size_t number, const std::string& what)
     return std::to_string(number) + " " + what;
 }
 
+TEST_P(Cli, OptionsThatCanBeRepeatedLeaveTheFilesAlone)
+{
+    expectSuccess("filter PictureSepiaQVR --set SepiaRed=40 --set SepiaGreen=20 photo.tga first.png");
+    expectSuccess("filter PictureSepiaQVR photo.tga second.png --set SepiaRed=40 --set SepiaGreen=20");
+    EXPECT_EQ(contentsOf(folder / "first.png"), contentsOf(folder / "second.png"));
+    expectSuccess(
+        "apply 'CountColorsQVR(red, blue, green, n)' --save red=r --save blue=b --save green=g photo.tga",
+        "n = 4\n");
+    write("program.bas", "Print args(1)\n");
+    expectSuccess("run --file photo.jpg=photo.tga program.bas one", "one\n");
+}
+
 TEST_P(Cli, ListNamesEverything)
 {
     const TestHost host{hostSetup(artefact())};
