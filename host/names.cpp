@@ -12,14 +12,6 @@ namespace standin
 namespace
 {
 
-std::string folded(std::string_view name)
-{
-    std::string result(name);
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return result;
-}
-
 /// How many letters have to be put in, left out, changed or swapped with the next one.
 std::size_t distanceBetween(const std::string& a, const std::string& b)
 {
@@ -53,6 +45,14 @@ bool sameName(std::string_view a, std::string_view b)
     });
 }
 
+std::string lowerCase(std::string_view text)
+{
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return result;
+}
+
 std::string listed(const std::vector<std::string>& names)
 {
     std::string text;
@@ -70,11 +70,11 @@ std::vector<std::string> namesLike(std::string_view name, const std::vector<std:
     constexpr std::size_t most = 3;
     constexpr std::size_t shortestPart = 3;
     constexpr std::size_t lettersForEachMistake = 3;
-    const std::string wanted = folded(name);
+    const std::string wanted = lowerCase(name);
     std::set<std::pair<std::size_t, std::string>> found;
     for (const std::string& candidate : known)
     {
-        const std::string other = folded(candidate);
+        const std::string other = lowerCase(candidate);
         const std::size_t distance = distanceBetween(wanted, other);
         if (wanted.size() >= shortestPart && other.find(wanted) != std::string::npos)
             found.emplace(0, candidate);

@@ -17,6 +17,9 @@ namespace standin
 /// Whether two names are the same in the host's language, which ignores case.
 bool sameName(std::string_view a, std::string_view b);
 
+/// With small letters in the place of capitals, those of ASCII.
+std::string lowerCase(std::string_view text);
+
 /// How many values an enumeration has: they count from 0, and what is no value has no name.
 template <class Enum>
 consteval std::size_t valueCount()

@@ -4,7 +4,6 @@
 #include "script/grammar.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <limits>
 #include <map>
@@ -16,14 +15,6 @@ namespace
 {
 
 using Node = tao::pegtl::parse_tree::node;
-
-std::string lower(std::string_view text)
-{
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
-}
 
 template <class... Rules>
 bool isOne(const Node& node)
@@ -41,7 +32,7 @@ Operator operatorOf(const Node& node)
         {"*", Operator::Times},        {"/", Operator::Divide},    {"\\", Operator::DivideWhole},
         {"mod", Operator::Mod},        {"^", Operator::Power},     {"not", Operator::Not},
     };
-    return operators.at(lower(node.string_view()));
+    return operators.at(standin::lowerCase(node.string_view()));
 }
 
 /// Where a node's text begins, with what stands in front of it for sure.
@@ -99,7 +90,7 @@ private:
     std::size_t declare(const Node& node)
     {
         const std::size_t number = program.variableCount;
-        if (!scopes.back().emplace(lower(node.string_view()), number).second)
+        if (!scopes.back().emplace(standin::lowerCase(node.string_view()), number).second)
             fail(node, "expected another name, there is a variable " + node.string() + " already");
         ++program.variableCount;
         return number;
@@ -107,7 +98,7 @@ private:
 
     std::size_t existing(const Node& node) const
     {
-        const auto found = find(lower(node.string_view()));
+        const auto found = find(standin::lowerCase(node.string_view()));
         if (!found)
             fail(node, "expected a variable, \"" + node.string() + "\" is none");
         return *found;
@@ -210,7 +201,8 @@ private:
     Name name(const Node& node)
     {
         const Node& text = *node.children.at(0);
-        Name result{text.string(), find(lower(text.string_view())), argumentsBehind(node.children)};
+        Name result{text.string(), find(standin::lowerCase(text.string_view())),
+                    argumentsBehind(node.children)};
         if (!result.variable)
             program.freeNames.push_back({result.name, placeOf(text)});
         return result;

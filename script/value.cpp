@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -146,14 +145,6 @@ bool compared(Operator operation, const Ordered& left, const Ordered& right)
     default:
         return left >= right;
     }
-}
-
-/// Strings are compared without regard to case.
-std::string folded(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
 }
 
 std::string_view textOf(Operator operation)
@@ -399,7 +390,8 @@ Value applied(standin::Host& host, Operator operation, const Value& left, const 
     if (std::holds_alternative<standin::String>(left) && std::holds_alternative<standin::String>(right))
     {
         if (isComparison(operation))
-            return compared(operation, folded(textOf(left)), folded(textOf(right)));
+            // Texts too are the same to the language whatever their case.
+            return compared(operation, standin::lowerCase(textOf(left)), standin::lowerCase(textOf(right)));
         if (operation == Operator::Plus)
             return host.newString(textOf(left) + textOf(right));
     }
