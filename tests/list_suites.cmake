@@ -11,7 +11,7 @@ foreach(suite IN LISTS suites)
     string(APPEND entries
         "add_test([==[${name}]==] [==[${TEST_PROGRAM}]==] [==[--gtest_filter=${suite}*]==] --gtest_brief=1)\n"
         "set_tests_properties([==[${name}]==] PROPERTIES TIMEOUT 600\n"
-        "    ENVIRONMENT \"ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;UBSAN_OPTIONS=print_stacktrace=1\")\n")
+        "    ENVIRONMENT \"ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1:malloc_context_size=8;UBSAN_OPTIONS=print_stacktrace=1\")\n")
     # Two of these at a time are more than some machines have memory for.
     if(suite MATCHES "LargePictures")
         string(APPEND entries "set_tests_properties([==[${name}]==] PROPERTIES RESOURCE_LOCK memory)\n")
