@@ -6,16 +6,12 @@ namespace cli
 {
 
 using standin::Picture;
+using standin::sizeText;
 
 namespace
 {
 
 constexpr int largestSide = 32767;
-
-std::string sizeText(int width, int height)
-{
-    return std::to_string(width) + " x " + std::to_string(height);
-}
 
 std::string faultOf(const standin::Parameter& parameter, const standin::Value& argument)
 {

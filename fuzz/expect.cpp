@@ -6,15 +6,12 @@ namespace fuzz
 namespace
 {
 
+using standin::sizeText;
+
 std::string textOf(reference::Pixel pixel)
 {
     return "(" + std::to_string(pixel.red) + ", " + std::to_string(pixel.green) + ", " +
            std::to_string(pixel.blue) + "; " + std::to_string(pixel.alpha) + ")";
-}
-
-std::string sizeText(int width, int height)
-{
-    return std::to_string(width) + " x " + std::to_string(height);
 }
 
 } // namespace

@@ -14,11 +14,6 @@ namespace
 constexpr std::size_t rgbSize = 3;
 constexpr std::size_t rgbaSize = 4;
 
-std::string sizeText(int width, int height)
-{
-    return std::to_string(width) + " x " + std::to_string(height);
-}
-
 /// Walks over all pixels together with packed tuples of `tupleSize` bytes.
 template <class Byte, class Visit>
 void forEachPacked(const PictureObject& picture, std::span<Byte> packed, std::size_t tupleSize, Visit visit)
@@ -43,6 +38,11 @@ std::string pixelText(Pixel pixel)
 }
 
 } // namespace
+
+std::string sizeText(int width, int height)
+{
+    return std::to_string(width) + " x " + std::to_string(height);
+}
 
 PictureObject& Picture::picture() const
 {

@@ -12,6 +12,9 @@
 namespace standin
 {
 
+/// "3 x 2".
+std::string sizeText(int width, int height);
+
 /// Ways in which a picture can be broken towards the plug-in; all off at first.
 struct PictureQuirks
 {

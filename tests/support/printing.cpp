@@ -2,11 +2,6 @@
 
 #include <ostream>
 
-std::string sizeText(int width, int height)
-{
-    return std::to_string(width) + " x " + std::to_string(height);
-}
-
 std::string pixelText(const reference::Pixel& pixel)
 {
     return "red " + std::to_string(pixel.red) + ", green " + std::to_string(pixel.green) + ", blue " +

@@ -9,8 +9,8 @@
 #include <iosfwd>
 #include <string>
 
-/// "3 x 2".
-std::string sizeText(int width, int height);
+using standin::sizeText;
+
 /// "red 1, green 2, blue 3, alpha 4".
 std::string pixelText(const reference::Pixel& pixel);
 
