@@ -47,6 +47,14 @@ Phase::~Phase()
     std::cerr << clearedLine << std::flush;
 }
 
+void Phase::print(const std::string& line)
+{
+    const std::lock_guard lock(mutex);
+    if (clock.joinable())
+        std::cerr << clearedLine << std::flush;
+    std::cout << line << "\n";
+}
+
 void Phase::show()
 {
     std::unique_lock lock(mutex);

@@ -23,6 +23,9 @@ public:
     Phase(const Phase&) = delete;
     Phase& operator=(const Phase&) = delete;
 
+    /// Prints a line to stdout in the place of the phase, which the next second shows again below it.
+    void print(const std::string& line);
+
 private:
     void show();
 

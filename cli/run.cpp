@@ -1,10 +1,10 @@
 #include "cli/commands.h"
 
+#include "cli/progress.h"
 #include "host/file.h"
 #include "script/interpreter.h"
 #include "script/parser.h"
 
-#include <iostream>
 #include <map>
 
 namespace cli
@@ -54,7 +54,8 @@ void run(const HostChoice& choice, const RunRequest& request)
         const auto place = places.find(name);
         return place == places.end() ? name : place->second;
     };
-    environment.print = [](const std::string& line) { std::cout << line << "\n"; };
+    Phase phase("running " + request.program, false);
+    environment.print = [&phase](const std::string& line) { phase.print(line); };
     environment.arguments = request.arguments;
     environment.arguments.insert(environment.arguments.begin(), request.program);
     environment.storage = choice.storage;

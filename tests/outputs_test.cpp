@@ -173,6 +173,10 @@ TEST_P(Outputs, ShowProgressOnTerminalsOnly)
                 testing::AllOf(HasSubstr("\r\x1b[Kreading a.tga"), HasSubstr("\r\x1b[Kcalling InvertQVR"),
                                HasSubstr("\r\x1b[Kwriting a1.png"), testing::EndsWith("\r\x1b[K")));
     EXPECT_THAT(onTerminal("filter PictureSepiaQVR a.tga a2.png"), HasSubstr("running PictureSepiaQVR"));
+    write("slow.bas", "Print 1\nPrint 2\n");
+    EXPECT_THAT(onTerminal("run slow.bas"),
+                testing::AllOf(HasSubstr("\r\x1b[Krunning slow.bas"), HasSubstr("\r\x1b[K1\r\n"),
+                               HasSubstr("\r\x1b[K2\r\n"), testing::EndsWith("\r\x1b[K")));
     EXPECT_EQ(onTerminal("apply InvertQVR a.tga b.tga --to 'q{name}.png' --quiet"), "");
     EXPECT_EQ(onTerminal("apply InvertQVR a.tga a3.png --quiet"), "");
     expectSuccess("apply InvertQVR a.tga b.tga --to 'p{name}.png'");
