@@ -5,13 +5,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -67,6 +76,45 @@ protected:
         setrlimit(RLIMIT_FSIZE, &before);
     }
 
+    /// What this process finds from now on is what some file systems are like: no file is without a name.
+    static bool forgoFilesWithoutNames()
+    {
+        constexpr auto flags = offsetof(seccomp_data, args) + 2 * sizeof(seccomp_data::args[0]);
+        std::array<sock_filter, 6> filter{{
+            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat, 0, 3),
+            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, flags),
+            BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, O_TMPFILE & ~O_DIRECTORY, 0, 1),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EOPNOTSUPP),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+        }};
+        const sock_fprog program{filter.size(), filter.data()};
+        return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+               prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0 &&
+               open(fs::temp_directory_path().c_str(), O_WRONLY | O_TMPFILE, 0600) < 0;
+    }
+
+    /// The status of a process that does this.
+    static int inProcess(const std::function<void()>& action)
+    {
+        const pid_t process = fork();
+        if (process == 0)
+        {
+            try
+            {
+                action();
+            }
+            catch (const std::exception& failure)
+            {
+                ADD_FAILURE() << failure.what();
+            }
+            _exit(HasFailure() ? 1 : 0);
+        }
+        int status = -1;
+        waitpid(process, &status, 0);
+        return status;
+    }
+
     static constexpr std::size_t room = 4096;
     const fs::path folder;
     const std::string large = std::string(2 * room, 'x');
@@ -97,18 +145,34 @@ TEST_F(WrittenFile, IsWholeOrNotThere)
 TEST_F(WrittenFile, LeavesNothingOfAProcessThatIsKilled)
 {
     write("old", "what was there");
-    const pid_t process = fork();
-    if (process == 0)
-    {
+    const int status = inProcess([&] {
         (void)std::signal(SIGXFSZ, SIG_DFL);
         withLittleRoom([&] { write("old", large); });
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(process, &status, 0);
+    });
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(read("old"), "what was there");
     EXPECT_THAT(names(), testing::ElementsAre("old"));
+}
+
+TEST_F(WrittenFile, NeedsNoFileSystemOfFilesWithoutNames)
+{
+    write("old", "what was there");
+    fs::permissions(folder / "old", fs::perms(0601));
+    const int status = inProcess([&] {
+        ASSERT_TRUE(forgoFilesWithoutNames());
+        write("old", large);
+        write("new", large);
+        (void)std::signal(SIGXFSZ, SIG_IGN);
+        withLittleRoom([&] {
+            EXPECT_THROW(write("old", "other" + large), standin::Error);
+            EXPECT_THROW(write("newer", large), standin::Error);
+        });
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(read("old"), large);
+    EXPECT_EQ(fs::status(folder / "old").permissions(), fs::perms(0601));
+    EXPECT_EQ(read("new"), large);
+    EXPECT_THAT(names(), testing::UnorderedElementsAre("old", "new"));
 }
 
 TEST_F(WrittenFile, KeepsThePermissionsOfTheOldOne)
@@ -155,17 +219,11 @@ TEST_F(WrittenFile, CanBeAPipeOrADevice)
 TEST_F(WrittenFile, CanBeAnOpenFile)
 {
     std::ofstream open(folder / "output");
-    const pid_t process = fork();
-    if (process == 0)
-    {
-        if (freopen((folder / "output").c_str(), "a", stdout) == nullptr)
-            _exit(1);
+    const int status = inProcess([&] {
+        ASSERT_NE(freopen((folder / "output").c_str(), "a", stdout), nullptr);
         standin::writeFile("/dev/stdout", std::vector<std::uint8_t>{'1'});
         standin::writeFile("/proc/self/fd/1", std::vector<std::uint8_t>{'2'});
-        _exit(0);
-    }
-    int status = -1;
-    waitpid(process, &status, 0);
+    });
     EXPECT_EQ(status, 0);
     EXPECT_EQ(read("output"), "12");
     open << "!" << std::flush;
