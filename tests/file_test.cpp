@@ -158,8 +158,10 @@ TEST_F(WrittenFile, NeedsNoFileSystemOfFilesWithoutNames)
 {
     write("old", "what was there");
     fs::permissions(folder / "old", fs::perms(0601));
+    constexpr int notPossible = 77;
     const int status = inProcess([&] {
-        ASSERT_TRUE(forgoFilesWithoutNames());
+        if (!forgoFilesWithoutNames())
+            _exit(notPossible);
         write("old", large);
         write("new", large);
         (void)std::signal(SIGXFSZ, SIG_IGN);
@@ -168,6 +170,8 @@ TEST_F(WrittenFile, NeedsNoFileSystemOfFilesWithoutNames)
             EXPECT_THROW(write("newer", large), standin::Error);
         });
     });
+    if (WIFEXITED(status) && WEXITSTATUS(status) == notPossible)
+        GTEST_SKIP() << "this system filters no calls";
     EXPECT_EQ(status, 0);
     EXPECT_EQ(read("old"), large);
     EXPECT_EQ(fs::status(folder / "old").permissions(), fs::perms(0601));
