@@ -137,8 +137,8 @@ void runProgram(std::string_view text)
     const script::Program program = script::parseProgram(text, "program");
     if (drawsWaveforms(program))
         return;
-    const bool runsSepia = standin::lowerCase(text).find("picturesepiaqvr") != std::string::npos;
-    withHost(runsSepia ? OldResults::Left : OldResults::Released, [&](standin::Host& host) {
+    const bool namesSepia = standin::lowerCase(text).find("picturesepiaqvr") != std::string::npos;
+    withHost(namesSepia ? OldResults::Left : OldResults::Released, [&](standin::Host& host) {
         try
         {
             script::run(program, host, smallEnvironment());

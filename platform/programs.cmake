@@ -34,6 +34,7 @@ if(PICTUREQVR_SANITIZE)
     set(UNSEEN_BY_FUZZERS -fno-sanitize=fuzzer-no-link)
     # Tests are watched for wrong accesses, which may be the host's fault, and no more: it would double their build.
     set(WATCHED_LESS ${UNSEEN_BY_FUZZERS} -fno-sanitize=undefined,float-cast-overflow)
+    # Nobody looks for mistakes in GoogleTest here.
     set(NOT_WATCHED -fno-sanitize=all)
 endif()
 # For what is waited for more often than it runs.
